@@ -1,0 +1,184 @@
+#include "objecttreemodel.h"
+
+#include "vdglobals.h"
+
+ObjectTreeModel::ObjectTreeModel(QObject* parent) : QAbstractItemModel(parent) {}
+
+ObjectTreeModel::~ObjectTreeModel() = default;
+
+QModelIndex ObjectTreeModel::add(const vorandel::ObjectInfo& info)
+{
+    const auto it = m_rowOf.constFind(info.uid);
+    if (it != m_rowOf.cend()) {
+        const int row = it.value();
+        m_rows[row].info = info;
+        emit dataChanged(index(row, 0), index(row, m_columns - 1));
+        return index(row, 0);
+    }
+    const int row = m_rows.size();
+    beginInsertRows({}, row, row);
+    m_rows.append({info, {}});
+    m_rowOf.insert(info.uid, row);
+    endInsertRows();
+    return index(row, 0);
+}
+
+void ObjectTreeModel::remove(unsigned int uid)
+{
+    const auto it = m_rowOf.constFind(uid);
+    if (it == m_rowOf.cend())
+        return;
+    const int row = it.value();
+    beginRemoveRows({}, row, row);
+    m_rows.removeAt(row);
+    m_rowOf.remove(uid);
+    for (int r = row; r < m_rows.size(); ++r)
+        m_rowOf[m_rows.at(r).info.uid] = r;
+    endRemoveRows();
+}
+
+void ObjectTreeModel::clear()
+{
+    beginResetModel();
+    m_rows.clear();
+    m_rowOf.clear();
+    endResetModel();
+}
+
+bool ObjectTreeModel::contains(unsigned int uid) const
+{
+    return m_rowOf.contains(uid);
+}
+
+QList<unsigned int> ObjectTreeModel::uniqueKeys() const
+{
+    QList<unsigned int> uids;
+    uids.reserve(m_rows.size());
+    for (const Row& row : m_rows)
+        uids.append(row.info.uid);
+    return uids;
+}
+
+const vorandel::ObjectInfo& ObjectTreeModel::info(const QModelIndex& index) const
+{
+    return infoAt(index.isValid() && index.model() == this ? index.row() : -1);
+}
+
+const vorandel::ObjectInfo& ObjectTreeModel::infoAt(int row) const
+{
+    static const vorandel::ObjectInfo invalid;
+    return row >= 0 && row < m_rows.size() ? m_rows.at(row).info : invalid;
+}
+
+unsigned int ObjectTreeModel::uidAt(int row) const
+{
+    return row >= 0 && row < m_rows.size() ? m_rows.at(row).info.uid : 0;
+}
+
+QModelIndex ObjectTreeModel::indexForUid(unsigned int uid) const
+{
+    const auto it = m_rowOf.constFind(uid);
+    return it == m_rowOf.cend() ? QModelIndex() : index(it.value(), 0);
+}
+
+void ObjectTreeModel::setColumnCount(int columns)
+{
+    columns = qMax(1, columns);
+    if (columns == m_columns)
+        return;
+    if (columns > m_columns) {
+        beginInsertColumns({}, m_columns, columns - 1);
+        m_columns = columns;
+        endInsertColumns();
+    } else {
+        beginRemoveColumns({}, columns, m_columns - 1);
+        m_columns = columns;
+        endRemoveColumns();
+    }
+}
+
+QModelIndex ObjectTreeModel::index(int row, int column, const QModelIndex& parent) const
+{
+    if (parent.isValid() || row < 0 || row >= m_rows.size() || column < 0 || column >= m_columns)
+        return {};
+    return createIndex(row, column);
+}
+
+QModelIndex ObjectTreeModel::parent(const QModelIndex&) const
+{
+    return {};
+}
+
+int ObjectTreeModel::rowCount(const QModelIndex& parent) const
+{
+    return parent.isValid() ? 0 : m_rows.size();
+}
+
+int ObjectTreeModel::columnCount(const QModelIndex& parent) const
+{
+    return parent.isValid() ? 0 : m_columns;
+}
+
+const QVariant* ObjectTreeModel::handSet(const Row& row, int column) const
+{
+    for (const auto& cell : row.cells) {
+        if (cell.first == column)
+            return &cell.second;
+    }
+    return nullptr;
+}
+
+QVariant ObjectTreeModel::data(const QModelIndex& index, int role) const
+{
+    if (!index.isValid() || index.model() != this)
+        return {};
+    const Row& row = m_rows.at(index.row());
+    switch (role) {
+    case Qt::DisplayRole:
+    case Qt::EditRole:
+        if (const QVariant* value = handSet(row, index.column()))
+            return *value;
+        return columnData(row.info, index.column());
+    case Qt::UserRole:
+        return columnData(row.info, index.column());
+    case ParametersRole: {
+        QVariantHash parameters;
+        for (auto it = row.info.parameters.cbegin(); it != row.info.parameters.cend(); ++it)
+            parameters.insert(it.key(), it.value());
+        return parameters;
+    }
+    default:
+        return {};
+    }
+}
+
+bool ObjectTreeModel::setData(const QModelIndex& index, const QVariant& value, int role)
+{
+    if (!index.isValid() || index.model() != this || (role != Qt::DisplayRole && role != Qt::EditRole))
+        return false;
+    auto& cells = m_rows[index.row()].cells;
+    auto it = std::find_if(cells.begin(), cells.end(), [&](const auto& c) { return c.first == index.column(); });
+    if (it == cells.end())
+        cells.emplace_back(index.column(), value);
+    else
+        it->second = value;
+    emit dataChanged(index, index, {Qt::DisplayRole, Qt::EditRole});
+    return true;
+}
+
+QVariant ObjectTreeModel::headerData(int section, Qt::Orientation orientation, int role) const
+{
+    return QAbstractItemModel::headerData(section, orientation, role);
+}
+
+Qt::ItemFlags ObjectTreeModel::flags(const QModelIndex& index) const
+{
+    return index.isValid() ? Qt::ItemIsSelectable | Qt::ItemIsEnabled : Qt::NoItemFlags;
+}
+
+QVariant ObjectTreeModel::columnData(const vorandel::ObjectInfo& info, int column) const
+{
+    if (column == 0)
+        return VDGlobals::objectName(info);
+    return {};
+}

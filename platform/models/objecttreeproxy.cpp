@@ -1,0 +1,623 @@
+#include "objecttreeproxy.h"
+
+#include "objecttreemodel.h"
+
+#include <QDateTime>
+
+#include <algorithm>
+#include <numeric>
+
+namespace {
+// Up to this many rows appear or disappear one by one; more make one layout change, which is
+// cheaper for the views than thousands of single inserts and keeps selections all the same.
+constexpr int SmallChange = 64;
+}  // namespace
+
+ObjectTreeProxy::ObjectTreeProxy(QObject* parent) : QAbstractProxyModel(parent) {}
+
+ObjectTreeProxy::~ObjectTreeProxy() = default;
+
+void ObjectTreeProxy::setSourceModel(QAbstractItemModel* model)
+{
+    beginResetModel();
+    for (const auto& connection : qAsConst(m_connections))
+        disconnect(connection);
+    m_connections.clear();
+    QAbstractProxyModel::setSourceModel(model);
+    m_objects = qobject_cast<ObjectTreeModel*>(model);
+    if (model) {
+        using M = QAbstractItemModel;
+        m_connections << connect(model, &M::dataChanged, this, &ObjectTreeProxy::onDataChanged)
+                      << connect(model, &M::rowsInserted, this, &ObjectTreeProxy::onRowsInserted)
+                      << connect(model, &M::rowsAboutToBeRemoved, this, &ObjectTreeProxy::onRowsAboutToBeRemoved)
+                      << connect(model, &M::rowsRemoved, this, &ObjectTreeProxy::onRowsRemoved)
+                      << connect(model, &M::modelAboutToBeReset, this, &ObjectTreeProxy::onModelAboutToBeReset)
+                      << connect(model, &M::modelReset, this, &ObjectTreeProxy::onModelReset)
+                      << connect(model, &M::columnsAboutToBeInserted, this, &ObjectTreeProxy::onModelAboutToBeReset)
+                      << connect(model, &M::columnsInserted, this, &ObjectTreeProxy::onModelReset)
+                      << connect(model, &M::columnsAboutToBeRemoved, this, &ObjectTreeProxy::onModelAboutToBeReset)
+                      << connect(model, &M::columnsRemoved, this, &ObjectTreeProxy::onModelReset)
+                      << connect(model, &M::layoutAboutToBeChanged, this, &ObjectTreeProxy::onLayoutAboutToBeChanged)
+                      << connect(model, &M::layoutChanged, this, &ObjectTreeProxy::onLayoutChanged)
+                      << connect(model, &M::rowsAboutToBeMoved, this, &ObjectTreeProxy::onLayoutAboutToBeChanged)
+                      << connect(model, &M::rowsMoved, this, &ObjectTreeProxy::onLayoutChanged)
+                      << connect(model, &M::headerDataChanged, this, &ObjectTreeProxy::headerDataChanged);
+    }
+    m_keysValid = false;
+    rebuildAll();
+    endResetModel();
+}
+
+// --- filters -------------------------------------------------------------------------------
+
+void ObjectTreeProxy::setFilterUids(const QSet<unsigned int>& uids)
+{
+    // Sets handed on unchanged share their data, and compare in no time.
+    if (m_uidFilterActive && uids == m_uids)
+        return;
+    m_uids = uids;
+    m_uidFilterActive = true;
+    invalidateFilter();
+}
+
+void ObjectTreeProxy::addFilterUids(const QSet<unsigned int>& uids)
+{
+    m_uids.unite(uids);
+    if (!m_uidFilterActive) {
+        m_uidFilterActive = true;
+        invalidateFilter();
+        return;
+    }
+    QVector<int> rows;
+    if (!m_objects)
+        return invalidateFilter();
+    for (unsigned int uid : uids) {
+        const QModelIndex index = m_objects->indexForUid(uid);
+        if (index.isValid())
+            rows.append(index.row());
+    }
+    refilter(rows, false);
+}
+
+void ObjectTreeProxy::removeFilterUids(const QSet<unsigned int>& uids)
+{
+    m_uids.subtract(uids);
+    if (!m_uidFilterActive) {
+        m_uidFilterActive = true;
+        invalidateFilter();
+        return;
+    }
+    if (!m_objects)
+        return invalidateFilter();
+    QVector<int> rows;
+    for (unsigned int uid : uids) {
+        const QModelIndex index = m_objects->indexForUid(uid);
+        if (index.isValid())
+            rows.append(index.row());
+    }
+    refilter(rows, false);
+}
+
+QSet<unsigned int> ObjectTreeProxy::filterResult() const
+{
+    return m_uids;
+}
+
+void ObjectTreeProxy::setColumnFilter(int column, const QStringList& values)
+{
+    if (values.isEmpty()) {
+        if (m_columnFilters.remove(column) == 0)
+            return;
+    } else {
+        m_columnFilters.insert(column, QSet<QString>(values.cbegin(), values.cend()));
+    }
+    invalidateFilter();
+}
+
+void ObjectTreeProxy::addParameterFilter(const QString& name, const QStringList& values, int type)
+{
+    m_parameterFilters.append({name, QSet<QString>(values.cbegin(), values.cend()), type});
+    invalidateFilter();
+}
+
+void ObjectTreeProxy::clearParameterFilters()
+{
+    if (m_parameterFilters.isEmpty())
+        return;
+    m_parameterFilters.clear();
+    invalidateFilter();
+}
+
+void ObjectTreeProxy::setFilterRole(int role)
+{
+    if (role == m_filterRole)
+        return;
+    m_filterRole = role;
+    if (!m_columnFilters.isEmpty())
+        invalidateFilter();
+}
+
+void ObjectTreeProxy::invalidateFilter()
+{
+    refilter({}, true);
+}
+
+bool ObjectTreeProxy::filterAcceptsRow(int sourceRow) const
+{
+    if (m_uidFilterActive && !m_uids.contains(uidOfRow(sourceRow)))
+        return false;
+    for (auto it = m_columnFilters.cbegin(); it != m_columnFilters.cend(); ++it) {
+        const QModelIndex cell = sourceModel()->index(sourceRow, it.key());
+        if (!it.value().contains(sourceModel()->data(cell, m_filterRole).toString()))
+            return false;
+    }
+    if (!m_parameterFilters.isEmpty() && m_objects) {
+        const auto& parameters = m_objects->infoAt(sourceRow).parameters;
+        for (const ParameterFilter& filter : m_parameterFilters) {
+            const bool matches = filter.values.contains(parameters.value(filter.name));
+            if (matches != (filter.type == KeepMatching))
+                return false;
+        }
+    }
+    return true;
+}
+
+unsigned int ObjectTreeProxy::uidOfRow(int sourceRow) const
+{
+    if (m_objects)
+        return m_objects->uidAt(sourceRow);
+    return sourceModel()->data(sourceModel()->index(sourceRow, 0), Qt::EditRole).toUInt();
+}
+
+void ObjectTreeProxy::refilter(const QVector<int>& rows, bool all)
+{
+    const int count = all ? m_accepted.size() : rows.size();
+    QVector<int> changed;
+    for (int i = 0; i < count; ++i) {
+        const int row = all ? i : rows.at(i);
+        if (bool(m_accepted[row]) != filterAcceptsRow(row))
+            changed.append(row);
+    }
+    if (changed.isEmpty())
+        return;
+    if (changed.size() <= SmallChange) {
+        for (int row : qAsConst(changed)) {
+            m_accepted[row] = !m_accepted[row];
+            if (m_accepted[row])
+                showRow(row);
+            else
+                hideRow(row);
+        }
+        return;
+    }
+    changeLayout([&] {
+        for (int row : qAsConst(changed))
+            m_accepted[row] = !m_accepted[row];
+        rebuildVisible();
+    });
+}
+
+// --- sorting -------------------------------------------------------------------------------
+
+void ObjectTreeProxy::setSortRole(int role)
+{
+    if (role == m_sortRole)
+        return;
+    m_sortRole = role;
+    m_keysValid = false;
+    if (isSorted())
+        sort(m_sortColumn, m_sortOrder);
+}
+
+void ObjectTreeProxy::sort(int column, Qt::SortOrder order)
+{
+    if (column != m_sortColumn)
+        m_keysValid = false;
+    changeLayout(
+        [&] {
+            m_sortColumn = column;
+            m_sortOrder = order;
+            resort();
+            rebuildVisible();
+        },
+        VerticalSortHint);
+}
+
+bool ObjectTreeProxy::isSorted() const
+{
+    return m_sortColumn >= 0 && sourceModel() && m_sortColumn < sourceModel()->columnCount();
+}
+
+ObjectTreeProxy::SortKey ObjectTreeProxy::makeKey(int sourceRow) const
+{
+    const QVariant value = sourceModel()->data(sourceModel()->index(sourceRow, m_sortColumn), m_sortRole);
+    SortKey key;
+    switch (value.userType()) {
+    case QMetaType::UnknownType:
+        break;
+    case QMetaType::QDateTime: {
+        // Local date and time as they read, without a round trip through time zones.
+        const QDateTime dt = value.toDateTime();
+        if (dt.isValid()) {
+            key.kind = SortKey::Number;
+            key.number = double(dt.date().toJulianDay()) * 86400000.0 + dt.time().msecsSinceStartOfDay();
+        }
+        break;
+    }
+    case QMetaType::QDate:
+        if (value.toDate().isValid()) {
+            key.kind = SortKey::Number;
+            key.number = double(value.toDate().toJulianDay());
+        }
+        break;
+    case QMetaType::QTime:
+        if (value.toTime().isValid()) {
+            key.kind = SortKey::Number;
+            key.number = value.toTime().msecsSinceStartOfDay();
+        }
+        break;
+    case QMetaType::Bool:
+    case QMetaType::Int:
+    case QMetaType::UInt:
+    case QMetaType::Long:
+    case QMetaType::ULong:
+    case QMetaType::LongLong:
+    case QMetaType::ULongLong:
+    case QMetaType::Short:
+    case QMetaType::UShort:
+    case QMetaType::Double:
+    case QMetaType::Float:
+        key.kind = SortKey::Number;
+        key.number = value.toDouble();
+        break;
+    default:
+        key.kind = SortKey::Text;
+        key.text = value.toString().toCaseFolded();
+        break;
+    }
+    return key;
+}
+
+int ObjectTreeProxy::compareKeys(const SortKey& a, const SortKey& b)
+{
+    if (a.kind != b.kind)
+        return a.kind < b.kind ? -1 : 1;
+    switch (a.kind) {
+    case SortKey::Empty:
+        return 0;
+    case SortKey::Number:
+        return a.number < b.number ? -1 : (b.number < a.number ? 1 : 0);
+    case SortKey::Text:
+        return a.text.compare(b.text);
+    }
+    return 0;
+}
+
+bool ObjectTreeProxy::lessRow(int left, int right) const
+{
+    if (m_keysValid) {
+        const int c = compareKeys(m_keys.at(left), m_keys.at(right));
+        if (c != 0)
+            return m_sortOrder == Qt::AscendingOrder ? c < 0 : c > 0;
+    }
+    return left < right;
+}
+
+int ObjectTreeProxy::orderIndexOf(int sourceRow) const
+{
+    const auto less = [this](int a, int b) { return lessRow(a, b); };
+    return int(std::lower_bound(m_order.cbegin(), m_order.cend(), sourceRow, less) - m_order.cbegin());
+}
+
+int ObjectTreeProxy::newPlace(const QVector<int>& list, int at) const
+{
+    const auto less = [this](int a, int b) { return lessRow(a, b); };
+    const int row = list.at(at);
+    if (at > 0 && lessRow(row, list.at(at - 1)))
+        return int(std::lower_bound(list.cbegin(), list.cbegin() + at, row, less) - list.cbegin());
+    if (at + 1 < list.size() && lessRow(list.at(at + 1), row))
+        return int(std::lower_bound(list.cbegin() + at + 1, list.cend(), row, less) - list.cbegin()) - 1;
+    return at;
+}
+
+// --- structures ----------------------------------------------------------------------------
+
+void ObjectTreeProxy::rebuildAll()
+{
+    const int rows = sourceModel() ? sourceModel()->rowCount() : 0;
+    m_accepted.assign(size_t(rows), 0);
+    for (int row = 0; row < rows; ++row)
+        m_accepted[size_t(row)] = filterAcceptsRow(row);
+    m_keysValid = false;
+    resort();
+    rebuildVisible();
+}
+
+void ObjectTreeProxy::resort()
+{
+    const int rows = int(m_accepted.size());
+    m_order.resize(rows);
+    std::iota(m_order.begin(), m_order.end(), 0);
+    if (!isSorted()) {
+        m_keys.clear();
+        m_keysValid = false;
+        return;
+    }
+    if (!m_keysValid || m_keys.size() != rows) {
+        m_keys.resize(rows);
+        for (int row = 0; row < rows; ++row)
+            m_keys[row] = makeKey(row);
+        m_keysValid = true;
+    }
+    std::sort(m_order.begin(), m_order.end(), [this](int a, int b) { return lessRow(a, b); });
+}
+
+void ObjectTreeProxy::rebuildVisible()
+{
+    m_proxyToSource.clear();
+    m_proxyToSource.reserve(m_order.size());
+    m_sourceToProxy.fill(-1, m_order.size());
+    for (int row : qAsConst(m_order)) {
+        if (m_accepted[size_t(row)]) {
+            m_sourceToProxy[row] = m_proxyToSource.size();
+            m_proxyToSource.append(row);
+        }
+    }
+}
+
+void ObjectTreeProxy::changeLayout(const std::function<void()>& change, LayoutChangeHint hint)
+{
+    emit layoutAboutToBeChanged({}, hint);
+    const QModelIndexList from = persistentIndexList();
+    QVector<int> sourceRows;
+    sourceRows.reserve(from.size());
+    for (const QModelIndex& index : from)
+        sourceRows.append(m_proxyToSource.value(index.row(), -1));
+    change();
+    QModelIndexList to;
+    to.reserve(from.size());
+    for (int i = 0; i < from.size(); ++i) {
+        const int proxyRow = m_sourceToProxy.value(sourceRows.at(i), -1);
+        to.append(proxyRow < 0 ? QModelIndex() : index(proxyRow, from.at(i).column()));
+    }
+    changePersistentIndexList(from, to);
+    emit layoutChanged({}, hint);
+}
+
+void ObjectTreeProxy::renumber(int fromProxyRow, int toProxyRow)
+{
+    for (int p = fromProxyRow; p <= toProxyRow && p < m_proxyToSource.size(); ++p)
+        m_sourceToProxy[m_proxyToSource.at(p)] = p;
+}
+
+void ObjectTreeProxy::showRow(int sourceRow)
+{
+    const auto less = [this](int a, int b) { return lessRow(a, b); };
+    const int at = int(std::lower_bound(m_proxyToSource.cbegin(), m_proxyToSource.cend(), sourceRow, less)
+                       - m_proxyToSource.cbegin());
+    beginInsertRows({}, at, at);
+    m_proxyToSource.insert(at, sourceRow);
+    renumber(at, m_proxyToSource.size() - 1);
+    endInsertRows();
+}
+
+void ObjectTreeProxy::hideRow(int sourceRow)
+{
+    const int at = m_sourceToProxy.at(sourceRow);
+    if (at < 0)
+        return;
+    beginRemoveRows({}, at, at);
+    m_proxyToSource.remove(at);
+    m_sourceToProxy[sourceRow] = -1;
+    renumber(at, m_proxyToSource.size() - 1);
+    endRemoveRows();
+}
+
+void ObjectTreeProxy::updateRow(int sourceRow, bool keyMayChange, int firstColumn, int lastColumn,
+                                const QVector<int>& roles)
+{
+    bool moved = false;
+    if (keyMayChange && m_keysValid) {
+        SortKey key = makeKey(sourceRow);
+        const SortKey& old = m_keys.at(sourceRow);
+        if (key.kind != old.kind || compareKeys(key, old) != 0) {
+            const int at = orderIndexOf(sourceRow);
+            m_keys[sourceRow] = std::move(key);
+            const int to = newPlace(m_order, at);
+            if (to != at) {
+                if (to < at)
+                    std::rotate(m_order.begin() + to, m_order.begin() + at, m_order.begin() + at + 1);
+                else
+                    std::rotate(m_order.begin() + at, m_order.begin() + at + 1, m_order.begin() + to + 1);
+            }
+            moved = true;
+        }
+    }
+    const bool accepted = filterAcceptsRow(sourceRow);
+    if (accepted != bool(m_accepted[size_t(sourceRow)])) {
+        m_accepted[size_t(sourceRow)] = accepted;
+        if (accepted)
+            showRow(sourceRow);
+        else
+            hideRow(sourceRow);
+        return;
+    }
+    if (!accepted)
+        return;
+    int at = m_sourceToProxy.at(sourceRow);
+    if (moved) {
+        const int to = newPlace(m_proxyToSource, at);
+        if (to != at) {
+            // A move, not a removal and an insertion: the row stays selected while it travels.
+            beginMoveRows({}, at, at, {}, to > at ? to + 1 : to);
+            if (to < at)
+                std::rotate(m_proxyToSource.begin() + to, m_proxyToSource.begin() + at,
+                            m_proxyToSource.begin() + at + 1);
+            else
+                std::rotate(m_proxyToSource.begin() + at, m_proxyToSource.begin() + at + 1,
+                            m_proxyToSource.begin() + to + 1);
+            renumber(qMin(at, to), qMax(at, to));
+            endMoveRows();
+            at = to;
+        }
+    }
+    emit dataChanged(index(at, firstColumn), index(at, lastColumn), roles);
+}
+
+// --- source signals ------------------------------------------------------------------------
+
+void ObjectTreeProxy::onDataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight,
+                                    const QVector<int>& roles)
+{
+    if (!topLeft.isValid() || topLeft.parent().isValid() || m_resetting)
+        return;
+    const int first = topLeft.row();
+    const int last = qMin(bottomRight.row(), int(m_accepted.size()) - 1);
+    const bool keyMayChange = m_keysValid && m_sortColumn >= topLeft.column() && m_sortColumn <= bottomRight.column()
+        && (roles.isEmpty() || roles.contains(m_sortRole));
+    if (last - first + 1 <= SmallChange) {
+        for (int row = first; row <= last; ++row)
+            updateRow(row, keyMayChange, topLeft.column(), bottomRight.column(), roles);
+        return;
+    }
+    changeLayout([&] {
+        for (int row = first; row <= last; ++row) {
+            m_accepted[size_t(row)] = filterAcceptsRow(row);
+            if (keyMayChange)
+                m_keys[row] = makeKey(row);
+        }
+        resort();
+        rebuildVisible();
+    });
+    if (!m_proxyToSource.isEmpty())
+        emit dataChanged(index(0, topLeft.column()), index(m_proxyToSource.size() - 1, bottomRight.column()), roles);
+}
+
+void ObjectTreeProxy::onRowsInserted(const QModelIndex& parent, int first, int last)
+{
+    if (parent.isValid() || m_resetting)
+        return;
+    if (first != int(m_accepted.size())) {
+        // Rows in the middle renumber the source rows behind them: start afresh.
+        beginResetModel();
+        rebuildAll();
+        endResetModel();
+        return;
+    }
+    if (last - first + 1 > SmallChange) {
+        changeLayout([&] { rebuildAll(); });
+        return;
+    }
+    for (int row = first; row <= last; ++row) {
+        m_accepted.push_back(filterAcceptsRow(row));
+        m_sourceToProxy.append(-1);
+        if (m_keysValid) {
+            m_keys.append(makeKey(row));
+            const auto less = [this](int a, int b) { return lessRow(a, b); };
+            m_order.insert(std::lower_bound(m_order.begin(), m_order.end(), row, less), row);
+        } else {
+            m_order.append(row);
+        }
+        if (m_accepted.back())
+            showRow(row);
+    }
+}
+
+void ObjectTreeProxy::onRowsAboutToBeRemoved(const QModelIndex& parent, int, int)
+{
+    if (parent.isValid() || m_resetting)
+        return;
+    beginResetModel();
+    m_resetting = true;
+}
+
+void ObjectTreeProxy::onRowsRemoved(const QModelIndex& parent, int, int)
+{
+    if (parent.isValid() || !m_resetting)
+        return;
+    m_resetting = false;
+    rebuildAll();
+    endResetModel();
+}
+
+void ObjectTreeProxy::onModelAboutToBeReset()
+{
+    if (m_resetting)
+        return;
+    beginResetModel();
+    m_resetting = true;
+}
+
+void ObjectTreeProxy::onModelReset()
+{
+    m_resetting = false;
+    m_keysValid = false;
+    rebuildAll();
+    endResetModel();
+}
+
+void ObjectTreeProxy::onLayoutAboutToBeChanged()
+{
+    onModelAboutToBeReset();
+}
+
+void ObjectTreeProxy::onLayoutChanged()
+{
+    onModelReset();
+}
+
+// --- the proxy's own model -----------------------------------------------------------------
+
+QModelIndex ObjectTreeProxy::mapToSource(const QModelIndex& proxyIndex) const
+{
+    if (!proxyIndex.isValid() || !sourceModel() || proxyIndex.row() >= m_proxyToSource.size())
+        return {};
+    return sourceModel()->index(m_proxyToSource.at(proxyIndex.row()), proxyIndex.column());
+}
+
+QModelIndex ObjectTreeProxy::mapFromSource(const QModelIndex& sourceIndex) const
+{
+    if (!sourceIndex.isValid() || sourceIndex.model() != sourceModel() || sourceIndex.parent().isValid())
+        return {};
+    const int row = m_sourceToProxy.value(sourceIndex.row(), -1);
+    return row < 0 ? QModelIndex() : index(row, sourceIndex.column());
+}
+
+QModelIndex ObjectTreeProxy::index(int row, int column, const QModelIndex& parent) const
+{
+    if (parent.isValid() || row < 0 || row >= m_proxyToSource.size() || column < 0 || column >= columnCount())
+        return {};
+    return createIndex(row, column);
+}
+
+QModelIndex ObjectTreeProxy::parent(const QModelIndex&) const
+{
+    return {};
+}
+
+QModelIndex ObjectTreeProxy::sibling(int row, int column, const QModelIndex&) const
+{
+    return index(row, column);
+}
+
+int ObjectTreeProxy::rowCount(const QModelIndex& parent) const
+{
+    return parent.isValid() ? 0 : m_proxyToSource.size();
+}
+
+int ObjectTreeProxy::columnCount(const QModelIndex& parent) const
+{
+    return parent.isValid() || !sourceModel() ? 0 : sourceModel()->columnCount();
+}
+
+bool ObjectTreeProxy::hasChildren(const QModelIndex& parent) const
+{
+    return !parent.isValid() && !m_proxyToSource.isEmpty();
+}
+
+QVariant ObjectTreeProxy::headerData(int section, Qt::Orientation orientation, int role) const
+{
+    if (orientation == Qt::Horizontal && sourceModel())
+        return sourceModel()->headerData(section, orientation, role);
+    return QAbstractItemModel::headerData(section, orientation, role);
+}
