@@ -1,0 +1,59 @@
+#pragma once
+
+#include "vdplatform_export.h"
+
+#include <QColor>
+#include <QDialog>
+#include <QIcon>
+
+class QLabel;
+class QPushButton;
+class QTabWidget;
+class VDActionsToolBar;
+
+// The console's properties dialog: a tool bar, tabs with optional sub tabs, a line for
+// messages and a save button that appears once something was edited.
+class VDPLATFORM_EXPORT TabbedDialog : public QDialog
+{
+    Q_OBJECT
+public:
+    explicit TabbedDialog(QWidget* parent = nullptr);
+    ~TabbedDialog() override;
+
+    // The widget of a tab, or null when there is no such tab.
+    QWidget* tabWidget(int index) const;
+    int addTab(QWidget* widget, const QString& title);
+    void addSubTab(int tabIndex, QWidget* widget, const QIcon& icon, const QString& title);
+    void setTabEnabled(int index, bool enabled);
+    bool isTabEnabled(int index) const;
+    int tabCount() const;
+
+    VDActionsToolBar* toolBar() const;
+    void showToolBar();
+    void hideToolBar();
+
+    // The last step of showing: brings the first enabled tab to the front.
+    virtual void showFirstEnabledTab();
+
+    QString lastMessage() const;
+
+public slots:
+    void showMessage(const QString& text);
+    void showMessage(const QString& text, const QColor& color);
+    void showCriticalMessage(const QString& text);
+    void showSaveButton();
+    // A part of the dialog (by name) says whether saving is possible for it.
+    void setSaveEnabled(const QString& part, bool enabled);
+    // The save went through: the button goes away until the next edit.
+    void saved();
+
+signals:
+    void save();
+
+private:
+    VDActionsToolBar* m_toolBar = nullptr;
+    QTabWidget* m_tabs = nullptr;
+    QLabel* m_message = nullptr;
+    QPushButton* m_save = nullptr;
+    QStringList m_saveBlockedBy;
+};

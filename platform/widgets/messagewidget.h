@@ -1,0 +1,34 @@
+#pragma once
+
+#include "vdplatform_export.h"
+
+#include <QFrame>
+
+class QLabel;
+class QTimer;
+
+// A short note that shows itself over a page and closes by itself.
+class VDPLATFORM_EXPORT MessageWidget : public QFrame
+{
+    Q_OBJECT
+public:
+    enum Icon {
+        Information = 0,
+        Warning = 1,
+        Critical = 2,
+        Success = 3,
+    };
+    Q_ENUM(Icon)
+
+    MessageWidget(const QString& text, Icon icon, QWidget* parent);
+
+    QString text() const;
+    Icon icon() const { return m_icon; }
+    // Shows the note for `msecs` (a default fit for the length of the text when 0), then closes.
+    void popup(int msecs = 0);
+
+private:
+    Icon m_icon;
+    QLabel* m_text = nullptr;
+    QTimer* m_timer = nullptr;
+};
