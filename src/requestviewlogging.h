@@ -1,0 +1,6 @@
+#pragma once
+
+#include <QLoggingCategory>
+
+// The plug-in's one logging category, "gui.plugin.requestview".
+const QLoggingCategory& rvc();
