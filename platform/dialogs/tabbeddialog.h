@@ -5,14 +5,22 @@
 #include <QColor>
 #include <QDialog>
 #include <QIcon>
+#include <QPointer>
 
-class QLabel;
-class QPushButton;
+#include <memory>
+
 class QTabWidget;
 class VDActionsToolBar;
 
+namespace Ui {
+class TabbedDialog;
+}
+
 // The console's properties dialog: a tool bar, tabs with optional sub tabs, a line for
 // messages and a save button that appears once something was edited.
+//
+// A tab with sub tabs holds an inner row of tabs: its own widget first, under the tab's title,
+// then the sub tabs. tabWidget() still gives the tab's own widget.
 class VDPLATFORM_EXPORT TabbedDialog : public QDialog
 {
     Q_OBJECT
@@ -27,6 +35,10 @@ public:
     void setTabEnabled(int index, bool enabled);
     bool isTabEnabled(int index) const;
     int tabCount() const;
+    // The index of the tab in front, -1 when there is none.
+    int currentTab() const;
+    // The inner tabs of a tab that has sub tabs; null otherwise.
+    QTabWidget* subTabs(int index) const;
 
     VDActionsToolBar* toolBar() const;
     void showToolBar();
@@ -36,6 +48,8 @@ public:
     virtual void showFirstEnabledTab();
 
     QString lastMessage() const;
+    bool isSaveButtonShown() const;
+    bool isSaveEnabled() const;
 
 public slots:
     void showMessage(const QString& text);
@@ -51,9 +65,9 @@ signals:
     void save();
 
 private:
-    VDActionsToolBar* m_toolBar = nullptr;
-    QTabWidget* m_tabs = nullptr;
-    QLabel* m_message = nullptr;
-    QPushButton* m_save = nullptr;
+    QTabWidget* makeSubTabs(int index);
+
+    std::unique_ptr<Ui::TabbedDialog> ui;
+    QList<QPointer<QTabWidget>> m_subTabs;
     QStringList m_saveBlockedBy;
 };

@@ -6,15 +6,34 @@
 
 #include <QVariantMap>
 
+#include <memory>
+
+namespace Ui {
+class WorkerCardView;
+}
+
 // The worker's means of identification: cards, PIN, biometrics.
+//
+// The view itself shows the PIN block and, below it, its sub pages ("Карты", "Биометрия"),
+// one at a time. A dialog may take the sub pages away into sub tabs of its own; the view then
+// shows the PIN block alone.
 class VDPLATFORM_EXPORT WorkerCardView : public PropertyBaseWidget
 {
     Q_OBJECT
 public:
-    explicit WorkerCardView(QWidget* parent = nullptr);
+    // The parts that showBlock() shows and hides.
+    enum Block {
+        PinBlock = 0,
+        PagesBlock = 1,
+    };
 
+    explicit WorkerCardView(QWidget* parent = nullptr);
+    ~WorkerCardView() override;
+
+    // Offers a reader to read cards with; a reader already offered (by uid) is only renamed.
     void addDevice(const vorandel::ObjectInfo& device);
     void setCards(const QList<vorandel::ObjectInfo>& cards);
+    // The cards as the operator sees them: the saved ones, less those he removed, and the new.
     QList<vorandel::ObjectInfo> cards() const;
     void setShowPinEnabled(bool enabled);
     void setChangeCardEnabled(bool enabled);
@@ -24,8 +43,16 @@ public:
     QList<QWidget*> subPages() const;
     void showBlock(int block, bool visible);
     void showSubPage(int index);
+    // A card read was asked for and its answer hasn't come.
+    bool isReadingCard() const { return m_reading; }
+
+    void setReadOnly(bool readOnly) override;
+    void setCurrent(const vorandel::OBJECT_HASH& objects) override;
+    QHash<QString, QString> editedProperties() const override;
 
 public slots:
+    // Hands the card changes on as one task "update_worker_cards".
+    void applyChanges() override;
     void cardRead(const vorandel::ObjectInfo& card);
     void cardReadFailed();
     void setWorkerFingers(vorandel::TYPE_ID worker, const QVariantMap& templatesCount);
@@ -40,4 +67,25 @@ signals:
     void showCriticalMessage(const QString& text);
     void generateCard(const vorandel::ObjectInfo& card);
     void sendEmail(const vorandel::EMAIL_MESSAGE& email);
+
+private:
+    void addCard(vorandel::ObjectInfo card);
+    void addTypedCard();
+    void removeSelectedCard();
+    void readOrCancel();
+    void finishReading();
+    void scanBiometrics();
+    void showCards();
+    void showCounts(const QVariantMap& counts);
+    void updateControls();
+
+    std::unique_ptr<Ui::WorkerCardView> ui;
+    QList<vorandel::ObjectInfo> m_cards;    // as saved
+    QList<vorandel::ObjectInfo> m_added;    // new, not yet handed on
+    QList<vorandel::ObjectInfo> m_removed;  // saved ones taken away, not yet handed on
+    bool m_reading = false;
+    bool m_showPinEnabled = false;
+    bool m_changeCardEnabled = false;
+    bool m_changePinEnabled = false;
+    bool m_scanEnabled = false;
 };

@@ -2,13 +2,35 @@
 
 #include "propertybasewidget.h"
 
+#include <memory>
+
+namespace Ui {
+class WorkerJobView;
+}
+
 // The worker's job: title and department.
 class VDPLATFORM_EXPORT WorkerJobView : public PropertyBaseWidget
 {
     Q_OBJECT
 public:
     explicit WorkerJobView(QWidget* parent = nullptr);
+    ~WorkerJobView() override;
 
+    // The jobs to choose from, each named by "PT_NAME".
     void setJobList(const vorandel::OBJECT_HASH& jobs);
+    // Offers a button that asks the owner for a new job (addJobRequested).
     void setAddJobsEnabled(bool enabled);
+
+    void setReadOnly(bool readOnly) override;
+    void setCurrent(const vorandel::OBJECT_HASH& objects) override;
+    QHash<QString, QString> editedProperties() const override;
+
+signals:
+    void addJobRequested();
+
+private:
+    vorandel::TYPE_ID currentJob() const;
+    void showJob(vorandel::TYPE_ID job);
+
+    std::unique_ptr<Ui::WorkerJobView> ui;
 };

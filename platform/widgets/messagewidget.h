@@ -26,6 +26,17 @@ public:
     Icon icon() const { return m_icon; }
     // Shows the note for `msecs` (a default fit for the length of the text when 0), then closes.
     void popup(int msecs = 0);
+    // How long popup(0) shows a note with this text: long enough to read it, never for good.
+    static int defaultDuration(const QString& text);
+
+    // As wide as the text on one line; a narrower place makes the text wrap.
+    QSize sizeHint() const override;
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void enterEvent(QEvent* event) override;
+    void leaveEvent(QEvent* event) override;
 
 private:
     Icon m_icon;

@@ -46,8 +46,12 @@ public slots:
 signals:
     void popupShown(const QString& text, PluginWidget::PopupKind kind);
 
+protected:
+    void resizeEvent(QResizeEvent* event) override;
+
 private:
     void showPopup(PopupKind kind, MessageWidget::Icon icon, const QString& text);
+    // Stacks the notes from the bottom-right corner upward, the oldest lowest.
     void placePopups();
 
     QList<Popup> m_popups;

@@ -6,8 +6,15 @@
 #include <QList>
 #include <QTableView>
 
+class QMenu;
+class QTimer;
+
 // The console's table: a header menu that shows and hides columns, columns that start hidden
 // until the operator shows them, and a header state that the owner keeps between runs.
+//
+// Rows are one line high. The table measures that height once instead of once per row, and its
+// row header measures each label length once, so that a hundred thousand rows sized to their
+// contents still show at once.
 class VDPLATFORM_EXPORT VDTableView : public QTableView
 {
     Q_OBJECT
@@ -25,9 +32,36 @@ public:
     void restoreHeaderState(const QByteArray& state);
     QByteArray headerState() const;
 
+    // The header's context menu: one checkable action per menu column, its data the column.
+    QMenu* headerMenu() const;
+
     void setModel(QAbstractItemModel* model) override;
+    // Type-ahead only where the model offers it (ObjectTreeProxy::isSearchEnabled).
+    void keyboardSearch(const QString& search) override;
+    int sizeHintForRow(int row) const override;
 
 signals:
     // The operator moved, resized, sorted, showed or hid a column.
     void headerStateChanged(const QByteArray& state);
+
+protected:
+    void changeEvent(QEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
+
+private:
+    void applyHiddenByDefault();
+    void fallBackToDefaults();
+    void updateHeaderMenu();
+    void showHeaderMenu(const QPoint& pos);
+    void noteHeaderChange();
+    void publishHeaderState();
+
+    QList<int> m_menuColumns;
+    QList<int> m_hiddenByDefault;
+    QMenu* m_headerMenu = nullptr;
+    QTimer* m_stateDelay = nullptr;
+    QByteArray m_publishedState;
+    bool m_quiet = false;     // the header changes by our own hand, not the operator's
+    bool m_restored = false;  // the header shows a restored state rather than the defaults
+    mutable int m_rowHeight = -1;
 };

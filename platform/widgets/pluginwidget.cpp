@@ -1,0 +1,110 @@
+#include "pluginwidget.h"
+
+#include "platformlogging.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace {
+constexpr int NoteMargin = 12;
+constexpr int NoteSpacing = 6;
+constexpr int NoteMaximumWidth = 420;
+}  // namespace
+
+PluginWidget::PluginWidget(QWidget* parent) : QMainWindow(parent)
+{
+    qRegisterMetaType<PluginWidget::PopupKind>();
+}
+
+PluginWidget::~PluginWidget()
+{
+    // The notes tell this page when they go; let them go while the page is still whole.
+    for (const QPointer<MessageWidget>& note : std::exchange(m_visible, {}))
+        delete note.data();
+}
+
+bool PluginWidget::canShow() const
+{
+    return true;
+}
+
+QString PluginWidget::defaultHelpContext() const
+{
+    return {};
+}
+
+void PluginWidget::activated() {}
+
+void PluginWidget::onTabActivated(int) {}
+
+QList<PLUGIN_TAB> PluginWidget::tabList() const
+{
+    return {};
+}
+
+void PluginWidget::insertedToInterface() {}
+
+void PluginWidget::showPopupMessage(const QString& text, MessageWidget::Icon icon, int)
+{
+    showPopup(PopupKind::Message, icon, text);
+}
+
+void PluginWidget::showPopupInformationMessage(const QString& text, int)
+{
+    showPopup(PopupKind::Information, MessageWidget::Information, text);
+}
+
+void PluginWidget::showPopupCriticalMessage(const QString& text, int)
+{
+    showPopup(PopupKind::Critical, MessageWidget::Critical, text);
+}
+
+QList<PluginWidget::Popup> PluginWidget::popups() const
+{
+    return m_popups;
+}
+
+void PluginWidget::clearPopups()
+{
+    m_popups.clear();
+}
+
+void PluginWidget::resizeEvent(QResizeEvent* event)
+{
+    QMainWindow::resizeEvent(event);
+    placePopups();
+}
+
+void PluginWidget::showPopup(PopupKind kind, MessageWidget::Icon icon, const QString& text)
+{
+    qCInfo(lcWidgets).noquote() << "popup" << icon << text;
+    m_popups.append({kind, icon, text});
+    emit popupShown(text, kind);
+
+    auto* note = new MessageWidget(text, icon, this);
+    // A widget says it is destroyed before its guards clear, so the note is named here.
+    connect(note, &QObject::destroyed, this, [this](QObject* gone) {
+        m_visible.erase(std::remove_if(m_visible.begin(), m_visible.end(),
+                                       [gone](const QPointer<MessageWidget>& note) { return !note || note == gone; }),
+                        m_visible.end());
+        placePopups();
+    });
+    m_visible.append(note);
+    note->popup();
+    placePopups();
+}
+
+void PluginWidget::placePopups()
+{
+    const int widthLimit = qMin(NoteMaximumWidth, width() - 2 * NoteMargin);
+    int bottom = height() - NoteMargin;
+    for (const QPointer<MessageWidget>& note : qAsConst(m_visible)) {
+        if (!note || !note->isVisibleTo(this))
+            continue;
+        const int noteWidth = qMax(qMin(note->sizeHint().width(), widthLimit), note->minimumSizeHint().width());
+        const int noteHeight = note->hasHeightForWidth() ? note->heightForWidth(noteWidth) : note->sizeHint().height();
+        note->setGeometry(width() - NoteMargin - noteWidth, bottom - noteHeight, noteWidth, noteHeight);
+        note->raise();
+        bottom -= noteHeight + NoteSpacing;
+    }
+}

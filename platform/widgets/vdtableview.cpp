@@ -1,0 +1,260 @@
+#include "vdtableview.h"
+
+#include "objecttreeproxy.h"
+#include "platformlogging.h"
+#include "vdrowheaderview.h"
+
+#include <QDataStream>
+#include <QEvent>
+#include <QHeaderView>
+#include <QMenu>
+#include <QScopedValueRollback>
+#include <QTimer>
+
+namespace {
+// Dragging a column edge sends a resize per pixel; the owner hears of it once the hand rests.
+constexpr int StateDelayMsecs = 250;
+
+// The number of columns a saved header state was made for, -1 for bytes that aren't one.
+// QHeaderView::restoreState() fits any state to the model, padding or cutting it, so the number
+// is read here from the layout that Qt 5's headers write. Every count is checked against the
+// bytes that follow, so that broken bytes can't make Qt reserve gigabytes when it reads them.
+int savedSectionCount(const QByteArray& state)
+{
+    QDataStream in(state);
+    // Skips a container of a 32-bit count and elements of a fixed size; gives the count.
+    const auto skipArray = [&in](qint64 elementBits) {
+        quint32 count = 0;
+        in >> count;
+        const qint64 bytes = (qint64(count) * elementBits + 7) / 8;
+        if (in.device()->bytesAvailable() < bytes)
+            in.setStatus(QDataStream::ReadCorruptData);
+        else
+            in.skipRawData(int(bytes));
+        return count;
+    };
+    int marker = 0, version = -1, length = 0, count = -1;
+    in >> marker >> version;
+    if (marker != 0xff || version != 0)
+        return -1;
+    in.skipRawData(3 * 4 + 1);  // orientation, sort order and section, whether the indicator shows
+    skipArray(32);              // visual indexes
+    skipArray(32);              // logical indexes
+    skipArray(1);               // hidden sections
+    skipArray(64);              // sizes of the hidden sections
+    in >> length >> count;
+    in.skipRawData(5 * 1 + 6 * 4);                // flags, resize counts, sizes, alignment, mode
+    const quint32 sections = skipArray(3 * 32);  // size, span and resize mode of each
+    in.skipRawData(4 + 1 + 4);                   // contents precision, custom default, last size
+    return in.status() == QDataStream::Ok && in.atEnd() && qint64(sections) == count ? count : -1;
+}
+}  // namespace
+
+VDTableView::VDTableView(QWidget* parent)
+    : QTableView(parent), m_headerMenu(new QMenu(this)), m_stateDelay(new QTimer(this))
+{
+    setVerticalHeader(new VDRowHeaderView(this));
+
+    m_stateDelay->setSingleShot(true);
+    m_stateDelay->setInterval(StateDelayMsecs);
+    connect(m_stateDelay, &QTimer::timeout, this, &VDTableView::publishHeaderState);
+
+    QHeaderView* header = horizontalHeader();
+    connect(header, &QHeaderView::sectionMoved, this, &VDTableView::noteHeaderChange);
+    connect(header, &QHeaderView::sectionResized, this, &VDTableView::noteHeaderChange);
+    connect(header, &QHeaderView::sortIndicatorChanged, this, &VDTableView::noteHeaderChange);
+
+    header->setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(header, &QWidget::customContextMenuRequested, this, &VDTableView::showHeaderMenu);
+    connect(m_headerMenu, &QMenu::aboutToShow, this, &VDTableView::updateHeaderMenu);
+
+    connect(this, &QAbstractItemView::iconSizeChanged, this, [this] { m_rowHeight = -1; });
+}
+
+VDTableView::~VDTableView() = default;
+
+void VDTableView::setHeaderMenuColumns(const QList<int>& columns)
+{
+    m_menuColumns = columns;
+    m_headerMenu->clear();
+    for (int column : columns) {
+        QAction* action = m_headerMenu->addAction(QString());
+        action->setCheckable(true);
+        action->setData(column);
+        connect(action, &QAction::triggered, this, [this, column](bool checked) { setColumnHidden(column, !checked); });
+    }
+    updateHeaderMenu();
+}
+
+QList<int> VDTableView::headerMenuColumns() const
+{
+    return m_menuColumns;
+}
+
+void VDTableView::setHeaderHiddenByDefaultColumns(const QList<int>& columns)
+{
+    m_hiddenByDefault = columns;
+    if (!m_restored)
+        applyHiddenByDefault();
+}
+
+QList<int> VDTableView::headerHiddenByDefaultColumns() const
+{
+    return m_hiddenByDefault;
+}
+
+void VDTableView::restoreHeaderState(const QByteArray& state)
+{
+    if (state.isEmpty()) {
+        fallBackToDefaults();
+        return;
+    }
+    // The real header is only touched by a state that is whole and made for as many columns as
+    // the model has; a header of its own over the same model reads it first.
+    const int saved = savedSectionCount(state);
+    QHeaderView probe(Qt::Horizontal);
+    probe.setModel(model());
+    if (saved < 0 || !probe.restoreState(state)) {
+        qCWarning(lcWidgets) << "header state unreadable; defaults kept";
+        fallBackToDefaults();
+        return;
+    }
+    if (saved != horizontalHeader()->count()) {
+        qCWarning(lcWidgets).nospace() << "header state for " << saved << " columns refused, the table has "
+                                       << horizontalHeader()->count() << "; defaults kept";
+        fallBackToDefaults();
+        return;
+    }
+
+    {
+        QScopedValueRollback<bool> quiet(m_quiet, true);
+        horizontalHeader()->restoreState(state);
+    }
+    m_restored = true;
+    m_stateDelay->stop();
+    m_publishedState = headerState();
+    updateHeaderMenu();
+}
+
+QByteArray VDTableView::headerState() const
+{
+    return horizontalHeader()->saveState();
+}
+
+QMenu* VDTableView::headerMenu() const
+{
+    return m_headerMenu;
+}
+
+void VDTableView::setModel(QAbstractItemModel* model)
+{
+    {
+        QScopedValueRollback<bool> quiet(m_quiet, true);
+        QTableView::setModel(model);
+    }
+    m_rowHeight = -1;
+    m_restored = false;
+    applyHiddenByDefault();
+    updateHeaderMenu();
+}
+
+void VDTableView::keyboardSearch(const QString& search)
+{
+    const auto* proxy = qobject_cast<const ObjectTreeProxy*>(model());
+    if (proxy && proxy->isSearchEnabled())
+        QTableView::keyboardSearch(search);
+}
+
+int VDTableView::sizeHintForRow(int row) const
+{
+    // Every row is one line of the same font with an icon of the view's size: a line with an
+    // icon, and one row measured in all of its columns, stand for all of them.
+    if (m_rowHeight < 0 && model()) {
+        ensurePolished();
+        QStyleOptionViewItem option = viewOptions();
+        QStyleOptionViewItem line = option;
+        line.features |= QStyleOptionViewItem::HasDisplay | QStyleOptionViewItem::HasDecoration;
+        line.text = QStringLiteral("Ag");
+        int height = style()->sizeFromContents(QStyle::CT_ItemViewItem, &line, QSize(), this).height();
+        for (int column = 0, columns = model()->columnCount(rootIndex()); column < columns; ++column) {
+            const QModelIndex index = model()->index(row, column, rootIndex());
+            height = qMax(height, itemDelegate(index)->sizeHint(option, index).height());
+        }
+        m_rowHeight = showGrid() ? height + 1 : height;
+    }
+    return m_rowHeight;
+}
+
+void VDTableView::changeEvent(QEvent* event)
+{
+    if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange)
+        m_rowHeight = -1;
+    QTableView::changeEvent(event);
+}
+
+void VDTableView::hideEvent(QHideEvent* event)
+{
+    // The window may be on its way to close: what the operator last did must not wait.
+    if (m_stateDelay->isActive()) {
+        m_stateDelay->stop();
+        publishHeaderState();
+    }
+    QTableView::hideEvent(event);
+}
+
+void VDTableView::applyHiddenByDefault()
+{
+    QScopedValueRollback<bool> quiet(m_quiet, true);
+    for (int column = 0, columns = horizontalHeader()->count(); column < columns; ++column)
+        setColumnHidden(column, m_hiddenByDefault.contains(column));
+}
+
+void VDTableView::fallBackToDefaults()
+{
+    m_restored = false;
+    applyHiddenByDefault();
+    updateHeaderMenu();
+}
+
+void VDTableView::updateHeaderMenu()
+{
+    const QAbstractItemModel* source = model();
+    const QList<QAction*> actions = m_headerMenu->actions();
+    for (QAction* action : actions) {
+        const int column = action->data().toInt();
+        QString title;
+        if (source) {
+            title = source->headerData(column, Qt::Horizontal).toString();
+            if (title.isEmpty())
+                title = source->headerData(column, Qt::Horizontal, Qt::ToolTipRole).toString();
+        }
+        action->setText(title);
+        action->setChecked(!isColumnHidden(column));
+    }
+    // The last column shown stays: a header without sections offers no menu to get them back.
+    const QHeaderView* header = horizontalHeader();
+    const bool lastShown = header->count() - header->hiddenSectionCount() == 1;
+    for (QAction* action : actions)
+        action->setEnabled(!(lastShown && action->isChecked()));
+}
+
+void VDTableView::showHeaderMenu(const QPoint& pos)
+{
+    if (!m_headerMenu->isEmpty())
+        m_headerMenu->popup(horizontalHeader()->viewport()->mapToGlobal(pos));
+}
+
+void VDTableView::noteHeaderChange()
+{
+    if (!m_quiet)
+        m_stateDelay->start();
+}
+
+void VDTableView::publishHeaderState()
+{
+    const QByteArray state = headerState();
+    if (state == m_publishedState)
+        return;
+    m_publishedState = state;
+    emit headerStateChanged(state);
+}
