@@ -1,0 +1,3 @@
+#include "consolelogging.h"
+
+Q_LOGGING_CATEGORY(lcConsole, "vd.console", QtInfoMsg)

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <QCoreApplication>
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+
+// What the console was asked to do on its command line.
+struct ConsoleOptions
+{
+    Q_DECLARE_TR_FUNCTIONS(ConsoleOptions)
+
+public:
+    // The largest demo set that --requests takes.
+    static constexpr int MaxRequests = 1000000;
+
+    QString user;                  // empty: the server's default login
+    std::optional<int> requests;   // empty: the server's own small data set
+    QString screenshotFile;        // empty: run interactively
+    QString pluginDir;
+
+    struct Parsed;
+    // Reads the arguments, the program's name first. Needs the application object for the
+    // help text and the default plug-in folder (next to the binary).
+    static Parsed parse(const QStringList& arguments);
+};
+
+struct ConsoleOptions::Parsed
+{
+    enum Outcome {
+        Run,      // `options` holds what to do
+        Help,     // print `text` to standard output and exit with success
+        Version,  // likewise
+        Error,    // print `text` to standard error and exit with failure
+    };
+
+    Outcome outcome = Error;
+    ConsoleOptions options;
+    QString text;
+};

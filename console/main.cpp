@@ -1,0 +1,43 @@
+#include "console.h"
+#include "consoleoptions.h"
+#include "icontheme.h"
+
+#include <QApplication>
+#include <QFontDatabase>
+#include <QTextStream>
+
+#include <cstdio>
+
+int main(int argc, char* argv[])
+{
+    QApplication app(argc, argv);
+    QApplication::setOrganizationName(QStringLiteral("vorandel"));
+    QApplication::setApplicationName(QStringLiteral("vdconsole"));
+    QApplication::setApplicationVersion(QStringLiteral(VDCONSOLE_VERSION));
+    // A bare machine's default font may lack Cyrillic; DejaVu Sans has it and reads well.
+    if (QFontDatabase().families().contains(QStringLiteral("DejaVu Sans")))
+        QApplication::setFont(QFont(QStringLiteral("DejaVu Sans"), 10));
+
+    const ConsoleOptions::Parsed parsed = ConsoleOptions::parse(QApplication::arguments());
+    switch (parsed.outcome) {
+    case ConsoleOptions::Parsed::Help:
+    case ConsoleOptions::Parsed::Version:
+        QTextStream(stdout) << parsed.text;
+        return 0;
+    case ConsoleOptions::Parsed::Error:
+        QTextStream(stderr) << parsed.text << Qt::endl;
+        return 2;
+    case ConsoleOptions::Parsed::Run:
+        break;
+    }
+
+    IconTheme::install();
+    Console console(parsed.options);
+    if (!console.logIn()) {
+        QTextStream(stderr) << console.errorString() << Qt::endl;
+        return 1;
+    }
+    QObject::connect(&console, &Console::finished, &app, &QCoreApplication::exit, Qt::QueuedConnection);
+    console.start();
+    return app.exec();
+}
