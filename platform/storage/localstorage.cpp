@@ -33,7 +33,11 @@ LocalStorage* LocalStorage::instance()
     return s.get();
 }
 
-LocalStorage::LocalStorage() = default;
+LocalStorage::LocalStorage()
+{
+    // The signals may cross queued connections.
+    qRegisterMetaType<QList<TYPE_ID>>("QList<vorandel::TYPE_ID>");
+}
 
 LocalStorage::~LocalStorage() = default;
 

@@ -1,0 +1,239 @@
+#include "objecttreemodel.h"
+#include "objecttreeproxy.h"
+
+#include <QAbstractItemModelTester>
+#include <QRandomGenerator>
+#include <QtTest>
+
+using namespace vorandel;
+
+namespace {
+// Four columns: uid, state text, start date, name.
+class Model : public ObjectTreeModel
+{
+public:
+    Model() { setColumnCount(4); }
+    QVariant columnData(const ObjectInfo& info, int column) const override
+    {
+        switch (column) {
+        case 0:
+            return info.uid;
+        case 1:
+            return info.parameters.value(QStringLiteral("PT_STATE"));
+        case 2:
+            return QDateTime::fromString(info.parameters.value(QStringLiteral("PT_DATE_BEGIN")), Qt::ISODate);
+        case 3:
+            return info.parameters.value(QStringLiteral("PT_NAME"));
+        }
+        return {};
+    }
+};
+
+ObjectInfo object(TYPE_ID uid, int state, int day, const QString& name)
+{
+    ObjectInfo info;
+    info.uid = uid;
+    info.type = QStringLiteral("OT_PASS_REQUEST");
+    info.parameters.insert(QStringLiteral("PT_STATE"), QString::number(state));
+    info.parameters.insert(QStringLiteral("PT_DATE_BEGIN"),
+                           QDateTime(QDate(2026, 1, 1).addDays(day), QTime(day % 24, 0)).toString(Qt::ISODate));
+    info.parameters.insert(QStringLiteral("PT_NAME"), name);
+    return info;
+}
+
+QList<TYPE_ID> shownUids(const QAbstractItemModel& proxy)
+{
+    QList<TYPE_ID> uids;
+    for (int row = 0; row < proxy.rowCount(); ++row)
+        uids.append(proxy.index(row, 0).data(Qt::EditRole).toUInt());
+    return uids;
+}
+}  // namespace
+
+// The proxy replaces a stock sort-filter proxy for speed, so it is held against the obvious
+// answer: filter the rows, sort them stably, compare.
+class TestObjectTreeProxy : public QObject
+{
+    Q_OBJECT
+
+    // What the proxy must show: rows passing the uid and state filters, sorted by `column`
+    // (ties in source order), as the plain approach would give them.
+    static QList<TYPE_ID> expected(const Model& model, const QSet<unsigned int>* uids, const QStringList& states,
+                                   int column, Qt::SortOrder order)
+    {
+        QList<int> rows;
+        for (int row = 0; row < model.rowCount(); ++row) {
+            const ObjectInfo& info = model.infoAt(row);
+            if (uids && !uids->contains(info.uid))
+                continue;
+            if (!states.isEmpty() && !states.contains(model.index(row, 1).data(Qt::DisplayRole).toString()))
+                continue;
+            rows.append(row);
+        }
+        if (column >= 0) {
+            std::stable_sort(rows.begin(), rows.end(), [&](int a, int b) {
+                const QVariant l = model.index(a, column).data(), r = model.index(b, column).data();
+                const bool less = l.userType() == QMetaType::QDateTime ? l.toDateTime() < r.toDateTime()
+                                                                      : l.toString().toCaseFolded() < r.toString().toCaseFolded();
+                const bool greater = l.userType() == QMetaType::QDateTime ? r.toDateTime() < l.toDateTime()
+                                                                         : r.toString().toCaseFolded() < l.toString().toCaseFolded();
+                return order == Qt::AscendingOrder ? less : greater;
+            });
+        }
+        QList<TYPE_ID> result;
+        for (int row : rows)
+            result.append(model.uidAt(row));
+        return result;
+    }
+
+private slots:
+    void emptyUidSetShowsNothingAndUnsetShowsAll()
+    {
+        Model model;
+        for (TYPE_ID uid = 1; uid <= 5; ++uid)
+            model.add(object(uid, 0, int(uid), QStringLiteral("n")));
+        ObjectTreeProxy proxy;
+        proxy.setSourceModel(&model);
+        QCOMPARE(proxy.rowCount(), 5);
+        proxy.setFilterUids({});
+        QCOMPARE(proxy.rowCount(), 0);
+        QVERIFY(proxy.filterResult().isEmpty());
+        proxy.addFilterUids({2, 4});
+        QCOMPARE(shownUids(proxy), (QList<TYPE_ID>{2, 4}));
+        proxy.removeFilterUids({2});
+        QCOMPARE(shownUids(proxy), QList<TYPE_ID>{4});
+        QCOMPARE(proxy.filterResult(), QSet<unsigned int>{4});
+    }
+
+    void columnAndParameterFilters()
+    {
+        Model model;
+        model.add(object(1, 0, 1, QStringLiteral("a")));
+        model.add(object(2, 2, 2, QStringLiteral("b")));
+        ObjectInfo hidden = object(3, 3, 3, QStringLiteral("c"));
+        hidden.parameters.insert(QStringLiteral("PT_HIDDEN"), QStringLiteral("true"));
+        model.add(hidden);
+        ObjectInfo noState = object(4, 0, 4, QStringLiteral("d"));
+        noState.parameters.remove(QStringLiteral("PT_STATE"));
+        model.add(noState);
+        ObjectTreeProxy proxy;
+        proxy.setSourceModel(&model);
+        proxy.setColumnFilter(1, {QStringLiteral("2"), QStringLiteral("3")});
+        QCOMPARE(shownUids(proxy), (QList<TYPE_ID>{2, 3}));
+        proxy.setColumnFilter(1, {QStringLiteral("0"), QString()});  // an absent state reads empty
+        QCOMPARE(shownUids(proxy), (QList<TYPE_ID>{1, 4}));
+        proxy.setColumnFilter(1, {});
+        proxy.addParameterFilter(QStringLiteral("PT_HIDDEN"), {QStringLiteral("1"), QStringLiteral("true")},
+                                 ObjectTreeProxy::DropMatching);
+        QCOMPARE(shownUids(proxy), (QList<TYPE_ID>{1, 2, 4}));
+    }
+
+    // Random changes of rows, filters and sorting, each checked against the plain answer, with
+    // Qt's own model tester watching every signal.
+    void agreesWithThePlainApproachThroughRandomChanges()
+    {
+        QRandomGenerator random(20261122);
+        Model model;
+        ObjectTreeProxy proxy;
+        QAbstractItemModelTester tester(&proxy, QAbstractItemModelTester::FailureReportingMode::QtTest);
+        proxy.setSourceModel(&model);
+        const QStringList names{QStringLiteral("Иванов"), QStringLiteral("иванова"), QStringLiteral("Петров"),
+                                QStringLiteral("Сидоров"), QString()};
+        for (TYPE_ID uid = 1; uid <= 300; ++uid)
+            model.add(object(uid, random.bounded(6), random.bounded(40), names.at(random.bounded(names.size()))));
+
+        QSet<unsigned int> uids;
+        bool uidFilter = false;
+        QStringList states;
+        int column = -1;
+        Qt::SortOrder order = Qt::AscendingOrder;
+        for (int step = 0; step < 400; ++step) {
+            switch (random.bounded(7)) {
+            case 0: {  // a new uid set, small or large
+                uids.clear();
+                const int size = random.bounded(2) ? random.bounded(10) : 150 + random.bounded(150);
+                for (int i = 0; i < size; ++i)
+                    uids.insert(1 + random.bounded(320));
+                uidFilter = true;
+                proxy.setFilterUids(uids);
+                break;
+            }
+            case 1:
+                states.clear();
+                for (int s = 0; s < 6; ++s) {
+                    if (random.bounded(3) == 0)
+                        states << QString::number(s);
+                }
+                proxy.setColumnFilter(1, states);
+                break;
+            case 2:
+                column = random.bounded(3) == 0 ? 3 : 2;
+                order = random.bounded(2) ? Qt::AscendingOrder : Qt::DescendingOrder;
+                proxy.sort(column, order);
+                break;
+            case 3:  // a new row
+                model.add(object(TYPE_ID(model.rowCount() + 1), random.bounded(6), random.bounded(40),
+                                 names.at(random.bounded(names.size()))));
+                break;
+            default: {  // a changed row: its state, date or name
+                const TYPE_ID uid = 1 + random.bounded(model.rowCount());
+                model.add(object(uid, random.bounded(6), random.bounded(40), names.at(random.bounded(names.size()))));
+                break;
+            }
+            }
+            const QList<TYPE_ID> want = expected(model, uidFilter ? &uids : nullptr, states, column, order);
+            const QList<TYPE_ID> have = shownUids(proxy);
+            if (want != have)
+                QFAIL(qPrintable(QStringLiteral("step %1: %2 rows shown, %3 expected").arg(step).arg(have.size()).arg(want.size())));
+        }
+    }
+
+    void selectionFollowsItsRowThroughSortsMovesAndLargeFilters()
+    {
+        Model model;
+        for (TYPE_ID uid = 1; uid <= 200; ++uid)
+            model.add(object(uid, 0, int(uid), QStringLiteral("n")));
+        ObjectTreeProxy proxy;
+        proxy.setSourceModel(&model);
+        proxy.sort(2, Qt::DescendingOrder);
+        QItemSelectionModel selection(&proxy);
+        const auto select = [&](TYPE_ID uid) {
+            const QModelIndex row = proxy.mapFromSource(model.indexForUid(uid));
+            selection.select(row, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+        };
+        const auto selectedUid = [&]() {
+            const QModelIndexList rows = selection.selectedRows(0);
+            return rows.size() == 1 ? rows.first().data(Qt::EditRole).toUInt() : 0u;
+        };
+        select(50);
+        proxy.sort(2, Qt::AscendingOrder);
+        QCOMPARE(selectedUid(), 50u);
+        model.add(object(50, 0, 500, QStringLiteral("n")));  // its date moves it to the end
+        QCOMPARE(proxy.index(proxy.rowCount() - 1, 0).data(Qt::EditRole).toUInt(), 50u);
+        QCOMPARE(selectedUid(), 50u);
+        QSet<unsigned int> most;
+        for (unsigned int uid = 1; uid <= 150; ++uid)
+            most.insert(uid);
+        proxy.setFilterUids(most);  // a large change goes as one layout change
+        QCOMPARE(selectedUid(), 50u);
+        proxy.setFilterUids({1, 2});
+        QCOMPARE(selection.selectedRows().size(), 0);
+    }
+
+    void sortsDatesAsDatesAndTextWithoutCase()
+    {
+        Model model;
+        model.add(object(1, 0, 30, QStringLiteral("борисов")));
+        model.add(object(2, 0, 2, QStringLiteral("Александров")));
+        model.add(object(3, 0, 11, QStringLiteral("Быков")));
+        ObjectTreeProxy proxy;
+        proxy.setSourceModel(&model);
+        proxy.sort(2, Qt::AscendingOrder);
+        QCOMPARE(shownUids(proxy), (QList<TYPE_ID>{2, 3, 1}));
+        proxy.sort(3, Qt::AscendingOrder);
+        QCOMPARE(shownUids(proxy), (QList<TYPE_ID>{2, 1, 3}));
+    }
+};
+
+QTEST_MAIN(TestObjectTreeProxy)
+#include "tst_objecttreeproxy.moc"

@@ -1,0 +1,179 @@
+#include "command.h"
+#include "constants.h"
+#include "dbquery.h"
+#include "objectinfo.h"
+#include "servicerecords.h"
+#include "vddatastream.h"
+
+#include <QtTest>
+
+using namespace vorandel;
+
+// Every record that crosses the service boundary must read back what was written, and a
+// payload cut short must give defaults rather than garbage.
+class TestRecords : public QObject
+{
+    Q_OBJECT
+
+    template <typename T>
+    static T roundTrip(const T& value)
+    {
+        QByteArray bytes;
+        VDDataStream out(&bytes, QIODevice::WriteOnly);
+        out << value;
+        T read{};
+        VDDataStream in(bytes);
+        in >> read;
+        return read;
+    }
+
+    static ObjectInfo request()
+    {
+        ObjectInfo info;
+        info.uid = 42;
+        info.type = QStringLiteral("OT_PASS_REQUEST");
+        info.parent = 7;
+        info.parameters = {{QStringLiteral("PT_STATE"), QStringLiteral("0")},
+                           {QStringLiteral("PT_SURNAME"), QStringLiteral("Иванов")}};
+        info.modified = QDateTime(QDate(2026, 11, 22), QTime(10, 30));
+        // Equal keys in a multi-map must keep their order through the stream.
+        info.inherits.insert(23, INHERIT_DATA(42, 5, 23, 2));
+        info.inherits.insert(23, INHERIT_DATA(42, 6, 23, 1));
+        info.inherits.insert(24, INHERIT_DATA(42, 6, 24, 1));
+        info.inheritedBy.insert(3, INHERIT_DATA(9, 42, 3));
+        return info;
+    }
+
+private slots:
+    void objectInfoRoundTrips()
+    {
+        const ObjectInfo info = request();
+        QCOMPARE(roundTrip(info), info);
+        QCOMPARE(ObjectInfo(info.toByteArray()), info);
+        QCOMPARE(roundTrip(info).inherits.values(23), info.inherits.values(23));
+    }
+
+    void objectInfoFromBadBytesIsInvalid_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::newRow("empty") << QByteArray();
+        QTest::newRow("truncated") << request().toByteArray().left(11);
+        QTest::newRow("garbage") << QByteArray("\xff\xff\xff\xff\xff\xff\xff\xff", 8);
+    }
+
+    void objectInfoFromBadBytesIsInvalid()
+    {
+        QFETCH(QByteArray, bytes);
+        const ObjectInfo info(bytes);
+        QVERIFY(!info.isValid());
+        QVERIFY(info.parameters.isEmpty());
+    }
+
+    void serviceRecordsRoundTrip()
+    {
+        ACCESS_CHANGES change{5, 17, true, false, 7};
+        QCOMPARE(roundTrip(change), change);
+
+        TEMPLATE_DATA finger;
+        finger.kind = 3;
+        finger.index = 101;
+        finger.data = QByteArray("tmpl");
+        QCOMPARE(roundTrip(finger), finger);
+
+        BLOB_DATA_RESQUEST blob{5, QStringLiteral("PT_PHOTO"), QByteArray("abc")};
+        QCOMPARE(roundTrip(blob), blob);
+
+        SYSLOG_DATA entry{12, QStringLiteral("3"), QStringLiteral("вход"), QDateTime(QDate(2026, 1, 2), QTime(3, 4))};
+        QCOMPARE(roundTrip(entry), entry);
+
+        EMAIL_MESSAGE mail{QStringLiteral("a@b"), QStringLiteral("Пропуск"), QStringLiteral("текст"), {}};
+        QCOMPARE(roundTrip(mail), mail);
+
+        DbQuery query;
+        query.queries << QStringLiteral("SELECT 1;");
+        query.values.insert(QStringLiteral(":id"), {QVariant(5), false});
+        QCOMPARE(roundTrip(query), query);
+
+        DbResult result;
+        result.rowCount = 1;
+        result.columnCount = 2;
+        result.cells = {QVariant(1u), QVariant(QStringLiteral("x"))};
+        QCOMPARE(roundTrip(result), result);
+
+        Command command;
+        command.id = 9;
+        command.status = 18;
+        command.name = QStringLiteral("send_email");
+        command.data = "payload";
+        const Command read = roundTrip(command);
+        QCOMPARE(read.id, command.id);
+        QCOMPARE(read.status, command.status);
+        QCOMPARE(read.name, command.name);
+        QCOMPARE(read.data, command.data);
+    }
+
+    void templateDefaults()
+    {
+        const TEMPLATE_DATA t;
+        QCOMPARE(t.quality, 255);
+        QCOMPARE(t.index, qint16(-1));
+        QCOMPARE(t.kind, 0);
+    }
+
+    void dbResultCellsBeyondTheDataAreInvalid()
+    {
+        DbResult result;
+        result.rowCount = 2;
+        result.columnCount = 3;
+        result.cells = {QVariant(1u), QVariant(2), QVariant(3u)};  // one row only
+        QCOMPARE(result.cell(0, 2).toUInt(), 3u);
+        QVERIFY(!result.cell(1, 0).isValid());
+        QVERIFY(!result.cell(0, 3).isValid());
+    }
+
+    void sortsLinksByPriority()
+    {
+        QList<INHERIT_DATA> chain{INHERIT_DATA(1, 10, 23, 5), INHERIT_DATA(1, 11, 23, 1), INHERIT_DATA(1, 12, 23, 3)};
+        std::sort(chain.begin(), chain.end(), SortInheritDataByPriority);
+        QCOMPARE(chain.at(0).second, 11u);
+        QCOMPARE(chain.at(1).second, 12u);
+        QCOMPARE(chain.at(2).second, 10u);
+    }
+
+    void requestRules_data()
+    {
+        QTest::addColumn<int>("state");
+        QTest::addColumn<bool>("editable");
+        QTest::addColumn<bool>("removable");
+        QTest::newRow("negative") << -1 << true << true;
+        QTest::newRow("not confirmed") << 0 << true << true;
+        QTest::newRow("rejected") << 1 << false << true;
+        QTest::newRow("confirmed") << 2 << false << true;
+        QTest::newRow("confirmed by server") << 3 << false << true;
+        QTest::newRow("active") << 4 << false << false;
+        QTest::newRow("finished") << 5 << false << true;
+        QTest::newRow("unknown") << 7 << true << true;
+    }
+
+    void requestRules()
+    {
+        QFETCH(int, state);
+        QFETCH(bool, editable);
+        QFETCH(bool, removable);
+        QCOMPARE(vorandel::editable(state), editable);
+        QCOMPARE(vorandel::removable(state), removable);
+    }
+
+    void dismissalIsExactlyD()
+    {
+        ObjectInfo worker;
+        QVERIFY(!isDismissed(worker));
+        worker.parameters.insert(QStringLiteral("PT_OBJECTSTATE"), QStringLiteral("D"));
+        QVERIFY(!isDismissed(worker));
+        worker.parameters.insert(QStringLiteral("PT_OBJECTSTATE"), QStringLiteral("d"));
+        QVERIFY(isDismissed(worker));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestRecords)
+#include "tst_records.moc"

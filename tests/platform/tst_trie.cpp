@@ -1,0 +1,98 @@
+#include <QtTest>
+
+#include <trie>
+
+// The index's invariants: no empty sets, the reverse hash mirrors the forward map, no empty key.
+class TestTrie : public QObject
+{
+    Q_OBJECT
+
+    static void checkInvariants(const TrieStatic<unsigned int>& trie)
+    {
+        int pairs = 0;
+        for (auto it = trie.words.cbegin(); it != trie.words.cend(); ++it) {
+            QVERIFY(!it.key().isEmpty());
+            QVERIFY(!it.value().isEmpty());
+            for (unsigned int value : it.value()) {
+                QVERIFY(trie.keysOf.values(value).contains(it.key()));
+                ++pairs;
+            }
+        }
+        QCOMPARE(trie.keysOf.size(), pairs);
+    }
+
+    static QSet<unsigned int> find(const TrieStatic<unsigned int>& trie, const QString& prefix)
+    {
+        QSet<unsigned int> result;
+        trie.contains(prefix, result);
+        return result;
+    }
+
+private slots:
+    void addingTwiceKeepsOneEntry()
+    {
+        TrieStatic<unsigned int> trie;
+        trie.add(QStringLiteral("иванов"), 1);
+        trie.add(QStringLiteral("иванов"), 1);
+        trie.add(QString(), 1);
+        QCOMPARE(trie.keysOf.count(1), 1);
+        QCOMPARE(trie.words.value(QStringLiteral("иванов")).size(), 1);
+        QVERIFY(!trie.words.contains(QString()));
+        checkInvariants(trie);
+    }
+
+    void prefixSearchWalksAllMatchingKeysOnly()
+    {
+        TrieStatic<unsigned int> trie;
+        trie.add(QStringLiteral("ив"), 1);
+        trie.add(QStringLiteral("иван"), 2);
+        trie.add(QStringLiteral("иванов"), 3);
+        trie.add(QStringLiteral("ивушкин"), 4);
+        trie.add(QStringLiteral("иж"), 5);   // sorts after every "ив…" key and ends the walk
+        trie.add(QStringLiteral("и"), 6);
+        QCOMPARE(find(trie, QStringLiteral("ив")), (QSet<unsigned int>{1, 2, 3, 4}));
+        QCOMPARE(find(trie, QStringLiteral("иван")), (QSet<unsigned int>{2, 3}));
+        QCOMPARE(find(trie, QStringLiteral("ивано")), (QSet<unsigned int>{3}));
+        QCOMPARE(find(trie, QStringLiteral("я")), QSet<unsigned int>());
+        QCOMPARE(find(trie, QStringLiteral("Ив")), QSet<unsigned int>());  // case-sensitive
+        QCOMPARE(find(trie, QString()), QSet<unsigned int>());
+    }
+
+    void aValueFoundUnderSeveralKeysComesOnce()
+    {
+        TrieStatic<unsigned int> trie;
+        trie.addByWords(QStringLiteral("анна  анастасия\tанн"), 7);
+        QCOMPARE(trie.keysOf.count(7), 3);
+        QCOMPARE(find(trie, QStringLiteral("ан")), QSet<unsigned int>{7});
+        checkInvariants(trie);
+    }
+
+    void addByWordsSplitsOnWhitespaceOnly()
+    {
+        TrieStatic<unsigned int> trie;
+        trie.addByWords(QStringLiteral("Петрова-Водкина Мария"), 1);
+        QVERIFY(trie.words.contains(QStringLiteral("Петрова-Водкина")));
+        QVERIFY(trie.words.contains(QStringLiteral("Мария")));
+        QCOMPARE(trie.words.size(), 2);
+    }
+
+    void removeTakesTheValueOutEverywhere()
+    {
+        TrieStatic<unsigned int> trie;
+        trie.add(QStringLiteral("иванов"), 1);
+        trie.add(QStringLiteral("иванов"), 2);
+        trie.add(QStringLiteral("иваненко"), 2);
+        trie.add(QStringLiteral("ивлев"), 3);
+        trie.remove(2);
+        QVERIFY(!trie.words.contains(QStringLiteral("иваненко")));  // its set became empty
+        QCOMPARE(trie.words.value(QStringLiteral("иванов")), QSet<unsigned int>{1});
+        QVERIFY(!trie.keysOf.contains(2));
+        QCOMPARE(find(trie, QStringLiteral("ив")), (QSet<unsigned int>{1, 3}));
+        trie.remove(99);  // never added: nothing changes
+        QCOMPARE(trie.words.size(), 2);
+        checkInvariants(trie);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestTrie)
+#include "tst_trie.moc"

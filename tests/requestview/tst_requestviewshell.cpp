@@ -1,0 +1,249 @@
+#include "requestfixture.h"
+
+#include "constants.h"
+#include "dbquery.h"
+#include "localstorage.h"
+#include "requestview.h"
+#include "settings.h"
+#include "vdserverinterface.h"
+#include "vdtableview.h"
+
+#include <QHeaderView>
+#include <QSignalSpy>
+#include <QtTest>
+
+using namespace vorandel;
+
+// The tab as the console meets it: identity, command types, pushed commands, rights, keys.
+class TestRequestViewShell : public QObject
+{
+    Q_OBJECT
+
+    static QString clientIdOf(const COMMAND_LIST& types)
+    {
+        const QString name = types.value(0).name;
+        return name.mid(name.indexOf(QLatin1Char(':')) + 1);  // the identity may hold colons itself
+    }
+
+    static Command pushed(const QString& name, const std::function<void(VDDataStream&)>& write)
+    {
+        Command command;
+        command.name = name;
+        command.status = 0;
+        VDDataStream out(&command.data, QIODevice::WriteOnly);
+        write(out);
+        return command;
+    }
+
+private slots:
+    void initTestCase()
+    {
+        qRegisterMetaType<ObjectInfo>();
+    }
+
+    void identityAndCommandTypes()
+    {
+        TestEnvironment environment;
+        Settings::instance()->setValue(QStringLiteral("monitoring/id"), QStringLiteral("17"));
+        RequestView view;
+        const qint64 before = QDateTime::currentSecsSinceEpoch();
+        const COMMAND_LIST types = view.init(VDServerInterface::instance(), QStringLiteral("requestview"));
+        QCOMPARE(types.size(), 3);
+        const QString id = clientIdOf(types);
+        const QStringList words = id.split(QLatin1Char(' '));
+        QCOMPARE(words.size(), 4);
+        QCOMPARE(words.at(0), QStringLiteral("requestview"));
+        QCOMPARE(words.at(1), QStringLiteral("17"));
+        QVERIFY(!words.at(2).isEmpty());
+        QVERIFY(words.at(2) != QLatin1String("127.0.0.1") && words.at(2) != QLatin1String("::1"));
+        QVERIFY(words.at(3).toLongLong() >= before);
+        QCOMPARE(types.at(0), CommandType(8, QStringLiteral("command_result:") + id));
+        QCOMPARE(types.at(1), CommandType(8, QStringLiteral("fingerprint.finished:") + id));
+        QCOMPARE(types.at(2), CommandType(1, QStringLiteral("db.async_result:") + id));
+        for (const CommandType& type : types)
+            QVERIFY(view.handlesCommand(type.name));
+    }
+
+    void monitoringIdDefaultsToOne()
+    {
+        TestEnvironment environment;
+        RequestView view;
+        const QString id = clientIdOf(view.init(VDServerInterface::instance(), QString()));
+        QCOMPARE(id.section(QLatin1Char(' '), 1, 1), QStringLiteral("1"));
+    }
+
+    void answersTheConsole()
+    {
+        TestEnvironment environment;
+        RequestView view;
+        QCOMPARE(view.pluginName(), QStringLiteral("requestview"));
+        QCOMPARE(view.pluginVersion(), 0x10000);
+        QCOMPARE(view.pluginBuild(), QStringLiteral("1.1777379737"));
+        QCOMPARE(view.requireList(), QStringList{QStringLiteral("localdatamanager")});
+        QCOMPARE(view.object(), &view);
+        QCOMPARE(view.widget(), &view);
+        QCOMPARE(view.windowTitle(), QStringLiteral("Заявки"));
+        const QList<PLUGIN_TAB> tabs = view.tabList();
+        QCOMPARE(tabs.size(), 1);
+        QCOMPARE(tabs.first().title, QStringLiteral("Заявки"));
+        QCOMPARE(tabs.first().index, 0);
+        QCOMPARE(tabs.first().count, 1);
+    }
+
+    void canShowFollowsTheRight_data()
+    {
+        QTest::addColumn<QStringList>("roles");
+        QTest::addColumn<bool>("shown");
+        QTest::newRow("no roles") << QStringList() << false;
+        QTest::newRow("others only") << QStringList{QStringLiteral("RL_PASS_REQUESTS_SHOW_ALL")} << false;
+        QTest::newRow("other case") << QStringList{QStringLiteral("rl_pass_requests_show")} << false;
+        QTest::newRow("show") << QStringList{QStringLiteral("RL_PASS_REQUESTS_SHOW")} << true;
+    }
+
+    void canShowFollowsTheRight()
+    {
+        QFETCH(QStringList, roles);
+        QFETCH(bool, shown);
+        TestEnvironment::login(1, roles);
+        RequestView view;
+        QCOMPARE(view.canShow(), shown);
+    }
+
+    void cardResults()
+    {
+        RequestFixture fixture;
+        RequestView* view = fixture.build();
+        const QString id = clientIdOf({CommandType(8, view->registeredCommandTypes().first().name)});
+        const QString name = QStringLiteral("command_result:") + id;
+        QSignalSpy read(view, &RequestView::cardRead);
+        QSignalSpy failed(view, &RequestView::cardReadFailed);
+
+        ObjectInfo card;
+        card.uid = 77;
+        card.type = QStringLiteral("OT_CARD");
+        Command command = pushed(name, [&](VDDataStream& out) {
+            out << 5u << DEVICE_COMMAND_READ_CARD
+                << QHash<QString, QVariant>{{QStringLiteral("status"), QStringLiteral("ok")},
+                                            {QStringLiteral("card"), card.toByteArray()}};
+        });
+        VDServerInterface::instance()->deliver(command);
+        QCOMPARE(command.status, 1);
+        QCOMPARE(read.count(), 1);
+        QCOMPARE(read.first().first().value<ObjectInfo>().uid, 77u);
+        QCOMPARE(fixture.transport().count(QStringLiteral("devices.unbind")), 1);
+
+        command = pushed(name, [&](VDDataStream& out) {
+            out << 5u << DEVICE_COMMAND_READ_CARD << QHash<QString, QVariant>{{QStringLiteral("status"), QStringLiteral("error")}};
+        });
+        VDServerInterface::instance()->deliver(command);
+        QCOMPARE(failed.count(), 1);
+        QCOMPARE(read.count(), 1);
+
+        // No card in the result is still a card read, of empty bytes.
+        command = pushed(name, [&](VDDataStream& out) { out << 5u << DEVICE_COMMAND_READ_CARD << QHash<QString, QVariant>(); });
+        VDServerInterface::instance()->deliver(command);
+        QCOMPARE(read.count(), 2);
+        QVERIFY(!read.last().first().value<ObjectInfo>().isValid());
+
+        // Another device command changes nothing and keeps the binding.
+        command = pushed(name, [&](VDDataStream& out) { out << 5u << QStringLiteral("open_door") << QHash<QString, QVariant>(); });
+        VDServerInterface::instance()->deliver(command);
+        QCOMPARE(read.count() + failed.count(), 3);
+        QCOMPARE(fixture.transport().count(QStringLiteral("devices.unbind")), 3);
+
+        // A payload cut short reads as defaults: no command, nothing happens.
+        command = pushed(name, [](VDDataStream& out) { out << quint16(1); });
+        VDServerInterface::instance()->deliver(command);
+        QCOMPARE(read.count() + failed.count(), 3);
+    }
+
+    void databaseResults()
+    {
+        RequestFixture fixture;
+        RequestView* view = fixture.build();
+        const QString id = clientIdOf({view->registeredCommandTypes().first()});
+        const QString name = QStringLiteral("db.async_result:") + id;
+        QSignalSpy fingers(view, &RequestView::fingersReceived);
+
+        Command command = pushed(name, [](VDDataStream& out) { out << QStringLiteral("other_query") << 1 << QString(); });
+        VDServerInterface::instance()->deliver(command);
+        QCOMPARE(command.status, 1);
+        QCOMPARE(fingers.count(), 0);
+
+        command = pushed(name, [](VDDataStream& out) { out << QStringLiteral("get_fingers_1") << 2 << QStringLiteral("no table"); });
+        VDServerInterface::instance()->deliver(command);
+        QCOMPARE(fingers.count(), 0);
+
+        DbResult rows;
+        rows.rowCount = 2;
+        rows.columnCount = 3;
+        rows.cells = {QVariant(10u), QVariant(4), QVariant(900u), QVariant(11u), QVariant(2)};  // the last cell is missing
+        command = pushed(name, [&](VDDataStream& out) {
+            out << QStringLiteral("get_fingers_101010") << 1 << QString() << QList<DbResult>{rows};
+        });
+        VDServerInterface::instance()->deliver(command);
+        QCOMPARE(fingers.count(), 1);
+        const auto hash = fingers.first().first().value<QHash<TYPE_ID, requestview::UserFingers>>();
+        QCOMPARE(hash.size(), 2);
+        QCOMPARE(hash.value(10).count, 4);
+        QCOMPARE(hash.value(10).card, 900u);
+        QCOMPARE(hash.value(11).card, 0u);
+    }
+
+    void headerStateRoundTrip()
+    {
+        RequestFixture fixture;
+        fixture.set(PASS_REQUEST_DATANAME, {make::request(1, 0)});
+        RequestView* view = fixture.build();
+        VDTableView* table = fixture.table();
+        QHeaderView* header = table->horizontalHeader();
+        QVERIFY(header->isSectionHidden(0));
+        QVERIFY(!header->isSectionHidden(5));
+        QCOMPARE(header->sortIndicatorSection(), 8);
+        QCOMPARE(header->sortIndicatorOrder(), Qt::DescendingOrder);
+
+        header->setSectionHidden(5, true);
+        header->resizeSection(8, 240);
+        view->saveHeaderState(header->saveState());
+        QCOMPARE(Settings::instance()->value(QStringLiteral("requestview/header_state")).toByteArray(), header->saveState());
+
+        header->setSectionHidden(5, false);
+        header->resizeSection(8, 90);
+        view->restoreHeaderState();
+        QVERIFY(header->isSectionHidden(5));
+        QCOMPARE(header->sectionSize(8), 240);
+    }
+
+    void keysGoOnToTheTable()
+    {
+        RequestFixture fixture;
+        fixture.set(PASS_REQUEST_DATANAME, {make::request(1, 0), make::request(2, 0)});
+        fixture.build();
+        VDTableView* table = fixture.table();
+        table->setCurrentIndex(table->model()->index(0, 1));
+        QTest::keyClick(table, Qt::Key_Down);
+        QCOMPARE(table->currentIndex().row(), 1);
+        for (const Qt::Key key : {Qt::Key_Delete, Qt::Key_Insert, Qt::Key_Return})
+            QTest::keyClick(table, key);  // the tab looks at them and lets them through
+        QCOMPARE(table->currentIndex().row(), 1);
+    }
+
+    void systemLogEntry()
+    {
+        RequestFixture fixture(42);
+        RequestView* view = fixture.build();
+        view->onSyslogActivated({7u, QStringLiteral("открыт пропуск")});
+        const QList<Command> sent = fixture.transport().sent(QStringLiteral("data.syslog"));
+        QCOMPARE(sent.size(), 1);
+        QByteArray session;
+        SYSLOG_DATA entry;
+        readPayload(sent.first(), session, entry);
+        QCOMPARE(entry.code, 7u);
+        QCOMPARE(entry.user, QStringLiteral("42"));
+        QCOMPARE(entry.text, QStringLiteral("открыт пропуск"));
+        QVERIFY(entry.time.isValid());
+    }
+};
+
+QTEST_MAIN(TestRequestViewShell)
+#include "tst_requestviewshell.moc"
