@@ -1,0 +1,117 @@
+#include "deviceservice.h"
+
+#include "constants.h"
+#include "objectstore.h"
+#include "serverlogging.h"
+
+#include <QRandomGenerator>
+#include <QStringList>
+#include <QTimer>
+#include <QVariant>
+
+namespace vdserver {
+
+namespace {
+const QString Prefix = QStringLiteral("devices.");
+}  // namespace
+
+DeviceService::DeviceService(const ObjectStore& store, QObject* parent) : Service(parent), m_store(store)
+{
+}
+
+bool DeviceService::handles(const QString& name) const
+{
+    return name.startsWith(Prefix) && operations().contains(name.mid(Prefix.size()));
+}
+
+Reply DeviceService::handle(const Command& query)
+{
+    const Operation operation = operations().value(query.name.mid(Prefix.size()));
+    VDDataStream in(query.data);
+    QString identity;
+    if (!read(in, identity))
+        return malformed();
+    return (this->*operation)(identity, in);
+}
+
+const QHash<QString, DeviceService::Operation>& DeviceService::operations()
+{
+    static const QHash<QString, Operation> operations = {
+        {QStringLiteral("bind"), &DeviceService::bind},
+        {QStringLiteral("unbind"), &DeviceService::unbind},
+        {QStringLiteral("readCard"), &DeviceService::readCard},
+    };
+    return operations;
+}
+
+Reply DeviceService::bind(const QString& identity, QDataStream& in)
+{
+    unsigned int device = 0;
+    QStringList commands;
+    if (!read(in, device, commands))
+        return malformed();
+    if (!m_store.object(device, vorandel::DEVICE_DATANAME))
+        return unknownDevice(device);
+    for (const QString& command : qAsConst(commands))
+        m_bindings.emplace(identity, device, command);
+    return Reply::success();
+}
+
+Reply DeviceService::unbind(const QString& identity, QDataStream& in)
+{
+    unsigned int device = 0;
+    QStringList commands;
+    if (!read(in, device, commands))
+        return malformed();
+    if (!m_store.object(device, vorandel::DEVICE_DATANAME))
+        return unknownDevice(device);
+    for (const QString& command : qAsConst(commands))
+        m_bindings.erase({identity, device, command});
+    return Reply::success();
+}
+
+Reply DeviceService::readCard(const QString& identity, QDataStream& in)
+{
+    unsigned int device = 0;
+    if (!read(in, device))
+        return malformed();
+    if (!m_store.object(device, vorandel::DEVICE_DATANAME))
+        return unknownDevice(device);
+    QTimer::singleShot(m_resultDelay, this, [this, identity, device] {
+        if (!isBound(identity, device, vorandel::DEVICE_COMMAND_READ_CARD)) {
+            qCDebug(lcServer) << "card read on" << device << "has no listener" << identity;
+            return;
+        }
+        const QHash<QString, QVariant> result = {
+            {QStringLiteral("status"), QStringLiteral("ok")},
+            {QStringLiteral("card"), freshCard()},
+        };
+        emit commandReady(makeCommand(QStringLiteral("command_result:") + identity, 8, device,
+                                      vorandel::DEVICE_COMMAND_READ_CARD, result));
+    });
+    return Reply::success();
+}
+
+Reply DeviceService::unknownDevice(unsigned int device) const
+{
+    return Reply::failure(tr("Устройство %1 не найдено").arg(device));
+}
+
+bool DeviceService::isBound(const QString& identity, unsigned int device, const QString& command) const
+{
+    return m_bindings.count({identity, device, command}) != 0;
+}
+
+QByteArray DeviceService::freshCard() const
+{
+    vorandel::CARD_ID number = 0;
+    do {
+        number = Q_UINT64_C(1000000000) + QRandomGenerator::global()->generate64() % Q_UINT64_C(9000000000);
+    } while (m_store.cardByNumber(number) != 0);
+    vorandel::ObjectInfo card;
+    card.type = db::misc::CARD;
+    card.parameters.insert(db::card::NUMBER, QString::number(number));
+    return card.toByteArray();
+}
+
+}  // namespace vdserver

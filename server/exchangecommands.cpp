@@ -1,0 +1,96 @@
+#include "exchangecommands.h"
+
+#include "constants.h"
+#include "objectstore.h"
+#include "serverlogging.h"
+
+#include <QTimer>
+
+namespace vdserver {
+
+ExchangeCommands::ExchangeCommands(const ObjectStore& store, QObject* parent)
+    : Service(parent), m_store(store), m_queries(store)
+{
+}
+
+bool ExchangeCommands::handles(const QString& name) const
+{
+    return operations().contains(name);
+}
+
+Reply ExchangeCommands::handle(const Command& query)
+{
+    VDDataStream in(query.data);
+    return (this->*operations().value(query.name))(in);
+}
+
+const QHash<QString, ExchangeCommands::Operation>& ExchangeCommands::operations()
+{
+    static const QHash<QString, Operation> operations = {
+        {QStringLiteral("send_email"), &ExchangeCommands::sendEmail},
+        {QStringLiteral("show:fingerprintwidget"), &ExchangeCommands::showFingerprintWidget},
+        {QStringLiteral("show:fingerprintwidget.scan"), &ExchangeCommands::showFingerprintWidget},
+        {QStringLiteral("db.async"), &ExchangeCommands::asyncQuery},
+        {QStringLiteral("exchange.local_plugins_info"), &ExchangeCommands::localPluginsInfo},
+    };
+    return operations;
+}
+
+Reply ExchangeCommands::sendEmail(QDataStream& in)
+{
+    vorandel::EMAIL_MESSAGE message;
+    QString user;
+    if (!read(in, message, user))
+        return malformed();
+    if (message.to.trimmed().isEmpty())
+        return Reply::failure(tr("Не указан адрес получателя"));
+    m_outbox.append(message);
+    qCInfo(lcServer) << "e-mail from" << user << "to" << message.to << "queued";
+    return Reply::success();
+}
+
+Reply ExchangeCommands::showFingerprintWidget(QDataStream& in)
+{
+    unsigned int worker = 0;
+    QString identity;
+    if (!read(in, worker, identity))
+        return malformed();
+    if (!m_store.object(worker, vorandel::SUBJECT_DATANAME))
+        return Reply::failure(tr("Сотрудник %1 не найден").arg(worker));
+    if (m_store.settings().value(db::database::PD_DENY_STORE_USER_PHOTOS) == QLatin1String("true"))
+        return Reply::failure(tr("Запрещено редактирование биометрической информации"),
+                              Command::StatusBiometricsLocked);
+    return Reply::success();
+}
+
+Reply ExchangeCommands::asyncQuery(QDataStream& in)
+{
+    QString identity;
+    QString queryId;
+    DbQuery query;
+    if (!read(in, identity, queryId, query))
+        return malformed();
+    if (identity.isEmpty())
+        return Reply::failure(tr("Не указано, кому вернуть результат запроса"));
+
+    const QueryRunner::Result result = m_queries.run(query);
+    const QString name = QStringLiteral("db.async_result:") + identity;
+    const Command answer = result.error.isEmpty()
+        ? makeCommand(name, 1, queryId, int(Command::StatusOk), QString(), result.results)
+        : makeCommand(name, 1, queryId, int(Command::StatusFailed), result.error);
+    if (!result.error.isEmpty())
+        qCInfo(lcServer) << "query" << queryId << "failed:" << result.error;
+    QTimer::singleShot(m_resultDelay, this, [this, answer] { emit commandReady(answer); });
+    return Reply::success();
+}
+
+Reply ExchangeCommands::localPluginsInfo(QDataStream& in)
+{
+    COMMAND_LIST types;
+    if (!read(in, types))
+        return malformed();
+    m_localCommandTypes = types;
+    return Reply::success();
+}
+
+}  // namespace vdserver

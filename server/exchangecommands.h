@@ -1,0 +1,53 @@
+#pragma once
+
+#include "queryrunner.h"
+#include "service.h"
+#include "servicerecords.h"
+
+#include <QHash>
+#include <QList>
+
+namespace vdserver {
+
+class ObjectStore;
+
+// The exchange's own commands: e-mail to be sent, the fingerprint window, the asynchronous
+// database query and the list of command types of the console's plug-ins.
+//
+// The fingerprint window is the console's; the server only decides whether biometrics may be
+// edited at all (status 18 when the database setting "PT_PD_DENY_STORE_USER_PHOTOS" is "true").
+// A database query is only taken at once; its result goes to "db.async_result:<identity>" a
+// moment later.
+class ExchangeCommands : public Service
+{
+    Q_OBJECT
+public:
+    explicit ExchangeCommands(const ObjectStore& store, QObject* parent = nullptr);
+
+    bool handles(const QString& name) const override;
+    Reply handle(const Command& query) override;
+
+    // How long the database takes to answer.
+    void setResultDelay(int msecs) { m_resultDelay = msecs; }
+    // Messages queued for sending, oldest first.
+    QList<vorandel::EMAIL_MESSAGE> outbox() const { return m_outbox; }
+    // The types that the console's plug-ins last said they receive.
+    COMMAND_LIST localCommandTypes() const { return m_localCommandTypes; }
+
+private:
+    using Operation = Reply (ExchangeCommands::*)(QDataStream&);
+    static const QHash<QString, Operation>& operations();
+
+    Reply sendEmail(QDataStream& in);
+    Reply showFingerprintWidget(QDataStream& in);
+    Reply asyncQuery(QDataStream& in);
+    Reply localPluginsInfo(QDataStream& in);
+
+    const ObjectStore& m_store;
+    QueryRunner m_queries;
+    QList<vorandel::EMAIL_MESSAGE> m_outbox;
+    COMMAND_LIST m_localCommandTypes;
+    int m_resultDelay = 300;
+};
+
+}  // namespace vdserver

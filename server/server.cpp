@@ -1,0 +1,194 @@
+#include "server.h"
+
+#include "constants.h"
+#include "dataservice.h"
+#include "deviceservice.h"
+#include "exchangecommands.h"
+#include "serverlogging.h"
+
+#include <QPointer>
+#include <QUuid>
+
+#include <algorithm>
+
+namespace vdserver {
+
+using vorandel::ObjectInfo;
+using vorandel::TYPE_ID;
+
+Server::Server(QObject* parent)
+    : QObject(parent),
+      m_data(std::make_unique<DataService>(m_store, m_sessions)),
+      m_devices(std::make_unique<DeviceService>(m_store)),
+      m_commands(std::make_unique<ExchangeCommands>(m_store))
+{
+    // For receivers that take the announcements through a queued connection.
+    qRegisterMetaType<QList<TYPE_ID>>("QList<vorandel::TYPE_ID>");
+    qRegisterMetaType<VDHash<int, vorandel::SCHEDULE_DATA>>("VDHash<int,vorandel::SCHEDULE_DATA>");
+    for (Service* service : services())
+        connect(service, &Service::commandReady, this, &Server::push);
+}
+
+Server::~Server() = default;
+
+void Server::seed(const SeedOptions& options)
+{
+    m_store.clear();
+    m_sessions.clear();
+    m_accounts = SeedData(m_store, options).populate();
+    qCInfo(lcServer) << "seeded" << m_store.objects(vorandel::PASS_REQUEST_DATANAME)->size() << "requests,"
+                     << m_store.objects(vorandel::SUBJECT_DATANAME)->size() << "workers";
+}
+
+QString Server::defaultLogin() const
+{
+    return SeedData::AdministratorLogin;
+}
+
+std::optional<Session> Server::login(const QString& login)
+{
+    const auto account = std::find_if(m_accounts.cbegin(), m_accounts.cend(),
+                                      [&](const Account& a) { return a.login == login; });
+    if (account == m_accounts.cend())
+        return std::nullopt;
+    const Session session{account->uid, account->login, account->roles, QUuid::createUuid().toRfc4122()};
+    m_sessions.insert(session.sessionId, session);
+    qCInfo(lcServer) << "login" << login;
+    return session;
+}
+
+void Server::send(const Command& query, std::function<void(Command&)> reply)
+{
+    // Handled in a later turn of the event loop, as across a network: the sender never gets its
+    // answer before send() returns.
+    QMetaObject::invokeMethod(
+        this,
+        [this, query, reply = std::move(reply)] {
+            const Reply result = handle(query);
+            const ObjectChanges changes = m_store.takeChanges();
+            Command answer = query;
+            answer.status = result.status;
+            answer.data = result.data;
+            // Whoever gets the answer may well shut the server down.
+            const QPointer<Server> alive(this);
+            if (reply)
+                reply(answer);
+            if (alive)
+                announce(changes);
+        },
+        Qt::QueuedConnection);
+}
+
+void Server::setPushTarget(std::function<void(Command&)> push)
+{
+    m_pushTarget = std::move(push);
+}
+
+void Server::publish()
+{
+    for (const QString& dataname : ObjectStore::datanames())
+        emit objectsChanged(dataname, m_store.objects(dataname)->values());
+    emit settingsChanged(m_store.settings());
+    emit schedulesChanged(m_store.schedules());
+}
+
+void Server::setAccessNoticeDelay(int msecs)
+{
+    m_data->setAccessNoticeDelay(msecs);
+}
+
+void Server::setResultDelay(int msecs)
+{
+    m_devices->setResultDelay(msecs);
+    m_commands->setResultDelay(msecs);
+}
+
+void Server::setDbSetting(const QString& key, const QString& value)
+{
+    m_store.setSetting(key, value);
+    emit settingsChanged(m_store.settings());
+}
+
+const vorandel::OBJECT_HASH* Server::objects(const QString& dataname) const
+{
+    return m_store.objects(dataname);
+}
+
+QList<vorandel::EMAIL_MESSAGE> Server::outbox() const
+{
+    return m_commands->outbox();
+}
+
+QList<vorandel::SYSLOG_DATA> Server::syslogEntries() const
+{
+    return m_data->syslogEntries();
+}
+
+COMMAND_LIST Server::localCommandTypes() const
+{
+    return m_commands->localCommandTypes();
+}
+
+std::array<Service*, 3> Server::services() const
+{
+    return {m_data.get(), m_devices.get(), m_commands.get()};
+}
+
+Reply Server::handle(const Command& query)
+{
+    for (Service* service : services()) {
+        if (!service->handles(query.name))
+            continue;
+        const Reply reply = service->handle(query);
+        if (!reply.ok()) {
+            QString text;
+            VDDataStream in(reply.data);
+            in >> text;
+            qCInfo(lcServer) << "refused" << query.name << text;
+        }
+        return reply;
+    }
+    qCWarning(lcServer) << "unknown command" << query.name;
+    return Reply::failure(tr("Неизвестная команда: %1").arg(query.name));
+}
+
+void Server::announce(const ObjectChanges& changes)
+{
+    if (changes.changed.isEmpty() && changes.removed.isEmpty())
+        return;
+    // The objects are read when the announcement goes out: a later query may have changed them
+    // again, or removed them, in the meantime.
+    QMetaObject::invokeMethod(
+        this,
+        [this, changes] {
+            for (auto it = changes.changed.cbegin(); it != changes.changed.cend(); ++it) {
+                QList<TYPE_ID> uids = it.value().values();
+                std::sort(uids.begin(), uids.end());
+                QList<ObjectInfo> objects;
+                for (TYPE_ID uid : qAsConst(uids)) {
+                    if (const ObjectInfo* object = m_store.object(uid, it.key()))
+                        objects.append(*object);
+                }
+                if (!objects.isEmpty())
+                    emit objectsChanged(it.key(), objects);
+            }
+            for (auto it = changes.removed.cbegin(); it != changes.removed.cend(); ++it) {
+                QList<TYPE_ID> uids = it.value().values();
+                std::sort(uids.begin(), uids.end());
+                emit objectsRemoved(it.key(), uids);
+            }
+        },
+        Qt::QueuedConnection);
+}
+
+void Server::push(Command command)
+{
+    if (!m_pushTarget) {
+        qCDebug(lcServer) << "nobody to push" << command.name << "to";
+        return;
+    }
+    qCDebug(lcServer) << "push" << command.name;
+    m_pushTarget(command);
+}
+
+}  // namespace vdserver

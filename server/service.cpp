@@ -1,0 +1,10 @@
+#include "service.h"
+
+namespace vdserver {
+
+Reply Service::malformed() const
+{
+    return Reply::failure(tr("Неполные или повреждённые данные запроса"));
+}
+
+}  // namespace vdserver
