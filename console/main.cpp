@@ -10,6 +10,11 @@
 
 int main(int argc, char* argv[])
 {
+    // Without TZ the C library looks at /etc/localtime again for every local date it works out,
+    // and a table of requests works out hundreds of thousands. The same zone, named once, is read
+    // once.
+    if (!qEnvironmentVariableIsSet("TZ"))
+        qputenv("TZ", ":/etc/localtime");
     QApplication app(argc, argv);
     QApplication::setOrganizationName(QStringLiteral("vorandel"));
     QApplication::setApplicationName(QStringLiteral("vdconsole"));

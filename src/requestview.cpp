@@ -436,12 +436,16 @@ void RequestView::initModels()
     d->model = new RequestModel(table);
     d->model->blockSignals(true);
     if (d->requests) {
+        // The index is empty here: its entries are gathered and go in at once.
+        QVector<QPair<QString, unsigned int>> entries;
+        entries.reserve(d->requests->size() * 7);
         for (auto it = d->requests->cbegin(); it != d->requests->cend(); ++it) {
-            const ObjectInfo request = it.value();
+            const ObjectInfo& request = it.value();
             const QModelIndex row = d->model->add(request);
             writeWorkerColumns(row, request);
-            indexRequest(request);
+            entries += searchEntries(request);
         }
+        d->searchIndex.addAll(entries);
     }
     d->model->blockSignals(false);
 
@@ -483,19 +487,30 @@ void RequestView::writeWorkerColumns(const QModelIndex& row, const ObjectInfo& r
 
 void RequestView::indexRequest(const ObjectInfo& request)
 {
+    d->searchIndex.remove(request.uid);
+    for (const auto& entry : searchEntries(request))
+        d->searchIndex.add(entry.first, entry.second);
+}
+
+QVector<QPair<QString, unsigned int>> RequestView::searchEntries(const ObjectInfo& request) const
+{
     const ObjectInfo& worker =
         LocalStorage::instance()->constObject(request.parameters.value(KeySubject).toUInt(), SUBJECT_DATANAME);
     const auto& w = worker.parameters;
     const auto& r = request.parameters;
-    TrieStatic<unsigned int>& index = d->searchIndex;
-    index.remove(request.uid);
-    index.addByWords(w.value(KeySurname).toLower(), request.uid);
-    index.addByWords(w.value(KeyName).toLower(), request.uid);
-    index.addByWords(w.value(KeyPatronymic).toLower(), request.uid);
-    index.add(w.value(KeyWorkerNumber).toLower(), request.uid);
-    index.add(r.value(db::pass_request::PASSID).toLower(), request.uid);
-    index.add(searchDate(r.value(KeyDateBegin)), request.uid);
-    index.add(searchDate(r.value(KeyDateEnd)), request.uid);
+    QVector<QPair<QString, unsigned int>> entries;
+    entries.reserve(7);
+    // The names word by word, so that a double surname is found by either part.
+    for (const QString& key : {KeySurname, KeyName, KeyPatronymic}) {
+        const QStringList words = TrieStatic<unsigned int>::wordsOf(w.value(key).toLower());
+        for (const QString& word : words)
+            entries.append({word, request.uid});
+    }
+    entries.append({w.value(KeyWorkerNumber).toLower(), request.uid});
+    entries.append({r.value(db::pass_request::PASSID).toLower(), request.uid});
+    entries.append({searchDate(r.value(KeyDateBegin)), request.uid});
+    entries.append({searchDate(r.value(KeyDateEnd)), request.uid});
+    return entries;
 }
 
 void RequestView::readPassRequestData(QList<TYPE_ID> uids)

@@ -162,7 +162,8 @@ bool ObjectTreeModel::setData(const QModelIndex& index, const QVariant& value, i
         cells.emplace_back(index.column(), value);
     else
         it->second = value;
-    emit dataChanged(index, index, {Qt::DisplayRole, Qt::EditRole});
+    static const QVector<int> roles{Qt::DisplayRole, Qt::EditRole};
+    emit dataChanged(index, index, roles);
     return true;
 }
 
