@@ -1,0 +1,122 @@
+#include "authdata.h"
+#include "constants.h"
+#include "localdatamanager.h"
+#include "localstorage.h"
+#include "requestview.h"
+#include "server.h"
+#include "testenvironment.h"
+#include "vdguiglobals.h"
+#include "vdserverinterface.h"
+
+#include <QTableView>
+#include <QtTest>
+
+using namespace vorandel;
+
+// Two approvers confirm a request in turn, each from a console of his own, and the row reaches
+// "confirmed" through the server and the store, never by the tab writing it.
+class TestConfirmFlow : public QObject
+{
+    Q_OBJECT
+
+    TestEnvironment environment;
+    vdserver::Server server;
+    std::unique_ptr<LocalDataManager> manager;
+
+    // A request waiting for its first of exactly two approvers, both of whom can log in.
+    struct Candidate
+    {
+        TYPE_ID request = 0;
+        QString first, second;
+    };
+    Candidate findCandidate() const
+    {
+        QHash<TYPE_ID, QString> logins;
+        for (const vdserver::Account& account : server.accounts())
+            logins.insert(account.uid, account.login);
+        for (const ObjectInfo& request : *server.objects(PASS_REQUEST_DATANAME)) {
+            QList<INHERIT_DATA> chain = request.inherits.values(INHERIT_CONFIRM_LIST_PASS_REQUEST);
+            std::sort(chain.begin(), chain.end(), SortInheritDataByPriority);
+            if (request.parameters.value(QStringLiteral("PT_STATE")) != QLatin1String("0") || chain.size() != 2
+                || chain.at(0).priority == chain.at(1).priority || request.inherits.contains(INHERIT_CONFIRMED_LIST_PASS_REQUEST)
+                || request.inherits.contains(INHERIT_REJECTED_LIST_PASS_REQUEST)
+                || !logins.contains(chain.at(0).second) || !logins.contains(chain.at(1).second))
+                continue;
+            return {request.uid, logins.value(chain.at(0).second), logins.value(chain.at(1).second)};
+        }
+        return {};
+    }
+
+    // A console of this approver: his session, a tab built over the store.
+    std::unique_ptr<RequestView> openTab(const QString& login)
+    {
+        const std::optional<vdserver::Session> session = server.login(login);
+        if (!session)
+            return nullptr;
+        AuthData::setSession(session->userId, session->login, session->roles, session->sessionId);
+        auto view = std::make_unique<RequestView>();
+        view->init(VDServerInterface::instance(), QStringLiteral("requestview"));
+        view->insertedToInterface();
+        return view;
+    }
+
+    static QString shownState(RequestView* view, TYPE_ID uid)
+    {
+        const QAbstractItemModel* rows = view->findChild<QTableView*>(QStringLiteral("tblRequests"))->model();
+        for (int row = 0; row < rows->rowCount(); ++row) {
+            if (rows->index(row, 0).data().toUInt() == uid)
+                return rows->index(row, 1).data().toString();
+        }
+        return QStringLiteral("<not shown>");
+    }
+
+private slots:
+    void initTestCase()
+    {
+        LocalStorage::instance()->clear();
+        server.seed();
+        server.setPushTarget([](Command& command) { VDServerInterface::instance()->deliver(command); });
+        VDServerInterface::instance()->setTransport(&server);
+        manager = std::make_unique<LocalDataManager>(&server);
+        manager->init(VDServerInterface::instance(), QStringLiteral("localdatamanager"));
+        QVERIFY(LocalStorage::instance()->constObjects(PASS_REQUEST_DATANAME));
+    }
+
+    void cleanupTestCase()
+    {
+        VDServerInterface::instance()->setTransport(nullptr);
+    }
+
+    void twoApproversInTurn()
+    {
+        const Candidate candidate = findCandidate();
+        QVERIFY2(candidate.request, "the demo set has a request waiting for two approvers");
+        const QString waiting = VDGuiGlobals::passRequestStateName(PASS_REQUEST_STATE_NOT_CONFIRMED);
+        const QString confirmed = VDGuiGlobals::passRequestStateName(PASS_REQUEST_STATE_CONFIRMED);
+        const auto stored = [&] {
+            return LocalStorage::instance()->constObject(candidate.request, PASS_REQUEST_DATANAME);
+        };
+
+        // The second approver may not go first: nothing is his to confirm yet.
+        std::unique_ptr<RequestView> view = openTab(candidate.second);
+        QVERIFY(view);
+        view->confirmRequest(candidate.request);
+        QCOMPARE(view->popups().last().text, QStringLiteral("Нет заявок для согласования"));
+
+        view = openTab(candidate.first);
+        QCOMPARE(shownState(view.get(), candidate.request), waiting);
+        view->confirmRequest(candidate.request);
+        QTRY_COMPARE(stored().inherits.count(INHERIT_CONFIRMED_LIST_PASS_REQUEST), 1);
+        QCOMPARE(view->popups().last().text, QStringLiteral("Заявки подтверждены успешно"));
+        QCOMPARE(shownState(view.get(), candidate.request), waiting);
+
+        view = openTab(candidate.second);
+        view->confirmRequest(candidate.request);
+        QTRY_COMPARE(stored().parameters.value(QStringLiteral("PT_STATE")), QStringLiteral("2"));
+        QTRY_COMPARE(shownState(view.get(), candidate.request), confirmed);
+        QCOMPARE(view->popups().last().text, QStringLiteral("Заявки подтверждены успешно"));
+    }
+};
+
+QTEST_MAIN(TestConfirmFlow)
+#include "tst_confirmflow.moc"
