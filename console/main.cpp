@@ -4,6 +4,7 @@
 
 #include <QApplication>
 #include <QFontDatabase>
+#include <QLocale>
 #include <QTextStream>
 
 #include <cstdio>
@@ -16,6 +17,8 @@ int main(int argc, char* argv[])
     if (!qEnvironmentVariableIsSet("TZ"))
         qputenv("TZ", ":/etc/localtime");
     QApplication app(argc, argv);
+    // The operator's console speaks Russian: dates and numbers too, whatever the machine says.
+    QLocale::setDefault(QLocale(QLocale::Russian, QLocale::Russia));
     QApplication::setOrganizationName(QStringLiteral("vorandel"));
     QApplication::setApplicationName(QStringLiteral("vdconsole"));
     QApplication::setApplicationVersion(QStringLiteral(VDCONSOLE_VERSION));

@@ -211,6 +211,10 @@ void ObjectTreeProxy::setSortRole(int role)
 
 void ObjectTreeProxy::sort(int column, Qt::SortOrder order)
 {
+    // The order is kept up to date through every change, so sorting again by the same column
+    // would find everything in place.
+    if (column == m_sortColumn && order == m_sortOrder && (m_keysValid || !isSorted()))
+        return;
     if (column != m_sortColumn)
         m_keysValid = false;
     changeLayout(

@@ -60,6 +60,8 @@ VDTableView::VDTableView(QWidget* parent)
     connect(m_stateDelay, &QTimer::timeout, this, &VDTableView::publishHeaderState);
 
     QHeaderView* header = horizontalHeader();
+    // The last column takes the room that the others leave, so that the table ends at its edge.
+    header->setStretchLastSection(true);
     connect(header, &QHeaderView::sectionMoved, this, &VDTableView::noteHeaderChange);
     connect(header, &QHeaderView::sectionResized, this, &VDTableView::noteHeaderChange);
     connect(header, &QHeaderView::sortIndicatorChanged, this, &VDTableView::noteHeaderChange);
@@ -181,6 +183,15 @@ int VDTableView::sizeHintForRow(int row) const
             height = qMax(height, itemDelegate(index)->sizeHint(option, index).height());
         }
         m_rowHeight = showGrid() ? height + 1 : height;
+        // Rows of the default size are all the same to the header, and it keeps no record of
+        // each of them through a layout change: a search or a sort over a hundred thousand rows
+        // would otherwise make a persistent index for every one.
+        const int rowSize = qMax(m_rowHeight, verticalHeader()->minimumSectionSize());
+        if (verticalHeader()->defaultSectionSize() != rowSize) {
+            QMetaObject::invokeMethod(
+                const_cast<VDTableView*>(this),
+                [this, rowSize] { verticalHeader()->setDefaultSectionSize(rowSize); }, Qt::QueuedConnection);
+        }
     }
     return m_rowHeight;
 }
