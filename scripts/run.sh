@@ -9,4 +9,8 @@ if [ -z "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ] && [ -z "${QT_QPA_PLATFORM:-}" ]; t
   export QT_QPA_PLATFORM=offscreen
   echo "run: no display found, running off screen (use --screenshot FILE.png to see the console)" >&2
 fi
+if [ -z "${XDG_RUNTIME_DIR:-}" ]; then
+  export XDG_RUNTIME_DIR="/tmp/runtime-$(id -u)"
+  mkdir -p -m 700 "$XDG_RUNTIME_DIR"
+fi
 exec "$root/build/bin/vdconsole" "$@"

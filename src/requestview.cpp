@@ -1104,9 +1104,8 @@ namespace {
 // without as many from its front as have confirmed. Confirmations are counted, not matched.
 QList<INHERIT_DATA> remainingApprovers(const ObjectInfo& request)
 {
-    QList<INHERIT_DATA> chain = request.inherits.values(INHERIT_CONFIRM_LIST_PASS_REQUEST);
-    std::sort(chain.begin(), chain.end(), SortInheritDataByPriority);
-    return chain.mid(request.inherits.count(INHERIT_CONFIRMED_LIST_PASS_REQUEST));
+    // The table's column of the confirmer reads the same chain, so both agree on whose turn it is.
+    return RequestModel::confirmChain(request).mid(request.inherits.count(INHERIT_CONFIRMED_LIST_PASS_REQUEST));
 }
 
 // A decision of the approver at the head of the chain.
