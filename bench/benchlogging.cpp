@@ -1,0 +1,3 @@
+#include "benchlogging.h"
+
+Q_LOGGING_CATEGORY(lcBench, "vd.bench", QtInfoMsg)
