@@ -37,6 +37,7 @@
 #include <QMessageBox>
 #include <QNetworkInterface>
 #include <QTimer>
+#include <QVarLengthArray>
 
 using namespace vorandel;
 
@@ -103,6 +104,60 @@ QString searchDate(const QString& iso)
         }
     }
     return QDateTime::fromString(iso, Qt::ISODate).toString(Format);
+}
+
+// What the table's hand-written columns and the search index read of a request's worker.
+struct WorkerText
+{
+    QString number;
+    QString surname;
+    QString name;
+    QString patronymic;
+};
+
+WorkerText workerTextOf(const ObjectInfo& request)
+{
+    const auto& worker =
+        LocalStorage::instance()->constObject(request.parameters.value(KeySubject).toUInt(), SUBJECT_DATANAME).parameters;
+    return {worker.value(KeyWorkerNumber), worker.value(KeySurname), worker.value(KeyName), worker.value(KeyPatronymic)};
+}
+
+// The columns of the worker, which the model doesn't work out itself; a request without a worker
+// keeps the two blanks of the name's format.
+void writeWorkerColumns(RequestModel* model, const QModelIndex& row, const WorkerText& worker)
+{
+    model->setData(row.sibling(row.row(), ColumnWorkerNumber), worker.number, Qt::DisplayRole);
+    model->setData(row.sibling(row.row(), ColumnFullName),
+                   QStringLiteral("%1 %2 %3").arg(worker.surname, worker.name, worker.patronymic), Qt::DisplayRole);
+    model->setData(row.sibling(row.row(), ColumnConfirmer), QString(), Qt::DisplayRole);
+}
+
+using SearchKeys = QVarLengthArray<QString, 8>;
+SearchKeys searchKeysOf(const ObjectInfo& request, const WorkerText& worker);
+
+// Puts a request into the index afresh.
+void reindex(TrieStatic<unsigned int>& index, const ObjectInfo& request, const WorkerText& worker)
+{
+    index.remove(request.uid);
+    for (const QString& key : searchKeysOf(request, worker))
+        index.add(key, request.uid);
+}
+
+// The keys under which the search index holds a request: the names word by word, so that a double
+// surname is found by either part, then the worker's number, the request's number and its dates.
+SearchKeys searchKeysOf(const ObjectInfo& request, const WorkerText& worker)
+{
+    SearchKeys keys;
+    for (const QString* part : {&worker.surname, &worker.name, &worker.patronymic}) {
+        const QStringList words = TrieStatic<unsigned int>::wordsOf(part->toLower());
+        for (const QString& word : words)
+            keys.append(word);
+    }
+    keys.append(worker.number.toLower());
+    keys.append(request.parameters.value(db::pass_request::PASSID).toLower());
+    keys.append(searchDate(request.parameters.value(KeyDateBegin)));
+    keys.append(searchDate(request.parameters.value(KeyDateEnd)));
+    return keys;
 }
 
 bool receiverSet(const TaskInfo& task)
@@ -436,14 +491,18 @@ void RequestView::initModels()
     d->model = new RequestModel(table);
     d->model->blockSignals(true);
     if (d->requests) {
-        // The index is empty here: its entries are gathered and go in at once.
-        QVector<QPair<QString, unsigned int>> entries;
-        entries.reserve(d->requests->size() * 7);
+        // The index is empty here: its entries are gathered by key and go in at once.
+        QHash<QString, QVector<unsigned int>> entries;
+        entries.reserve(d->requests->size() * 2);
         for (auto it = d->requests->cbegin(); it != d->requests->cend(); ++it) {
             const ObjectInfo& request = it.value();
             const QModelIndex row = d->model->add(request);
-            writeWorkerColumns(row, request);
-            entries += searchEntries(request);
+            const WorkerText worker = workerTextOf(request);
+            writeWorkerColumns(d->model, row, worker);
+            for (const QString& key : searchKeysOf(request, worker)) {
+                if (!key.isEmpty())
+                    entries[key].append(request.uid);
+            }
         }
         d->searchIndex.addAll(entries);
     }
@@ -473,46 +532,6 @@ void RequestView::initModels()
     requestSelectionChanged();
 }
 
-void RequestView::writeWorkerColumns(const QModelIndex& row, const ObjectInfo& request)
-{
-    const ObjectInfo& worker =
-        LocalStorage::instance()->constObject(request.parameters.value(KeySubject).toUInt(), SUBJECT_DATANAME);
-    const auto& p = worker.parameters;
-    d->model->setData(row.sibling(row.row(), ColumnWorkerNumber), p.value(KeyWorkerNumber), Qt::DisplayRole);
-    d->model->setData(row.sibling(row.row(), ColumnFullName),
-                      QStringLiteral("%1 %2 %3").arg(p.value(KeySurname), p.value(KeyName), p.value(KeyPatronymic)),
-                      Qt::DisplayRole);
-    d->model->setData(row.sibling(row.row(), ColumnConfirmer), QString(), Qt::DisplayRole);
-}
-
-void RequestView::indexRequest(const ObjectInfo& request)
-{
-    d->searchIndex.remove(request.uid);
-    for (const auto& entry : searchEntries(request))
-        d->searchIndex.add(entry.first, entry.second);
-}
-
-QVector<QPair<QString, unsigned int>> RequestView::searchEntries(const ObjectInfo& request) const
-{
-    const ObjectInfo& worker =
-        LocalStorage::instance()->constObject(request.parameters.value(KeySubject).toUInt(), SUBJECT_DATANAME);
-    const auto& w = worker.parameters;
-    const auto& r = request.parameters;
-    QVector<QPair<QString, unsigned int>> entries;
-    entries.reserve(7);
-    // The names word by word, so that a double surname is found by either part.
-    for (const QString& key : {KeySurname, KeyName, KeyPatronymic}) {
-        const QStringList words = TrieStatic<unsigned int>::wordsOf(w.value(key).toLower());
-        for (const QString& word : words)
-            entries.append({word, request.uid});
-    }
-    entries.append({w.value(KeyWorkerNumber).toLower(), request.uid});
-    entries.append({r.value(db::pass_request::PASSID).toLower(), request.uid});
-    entries.append({searchDate(r.value(KeyDateBegin)), request.uid});
-    entries.append({searchDate(r.value(KeyDateEnd)), request.uid});
-    return entries;
-}
-
 void RequestView::readPassRequestData(QList<TYPE_ID> uids)
 {
     for (const TYPE_ID uid : qAsConst(uids)) {
@@ -527,8 +546,9 @@ void RequestView::readPassRequestData(QList<TYPE_ID> uids)
             d->searchIndex.remove(uid);
         }
         const QModelIndex row = d->model->add(request);
-        writeWorkerColumns(row, request);
-        indexRequest(request);
+        const WorkerText worker = workerTextOf(request);
+        writeWorkerColumns(d->model, row, worker);
+        reindex(d->searchIndex, request, worker);
     }
     updateInfoPanelDelayed();
 }

@@ -109,9 +109,6 @@ private:
     void initModels();
     void initPluginActions();
     void initFilterWidget();
-    void writeWorkerColumns(const QModelIndex& row, const vorandel::ObjectInfo& request);
-    void indexRequest(const vorandel::ObjectInfo& request);
-    QVector<QPair<QString, unsigned int>> searchEntries(const vorandel::ObjectInfo& request) const;
     QList<vorandel::TYPE_ID> selectedRequestUids() const;
 
     // Pushed commands and answers.

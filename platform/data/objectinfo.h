@@ -74,6 +74,10 @@ VDPLATFORM_EXPORT QDebug operator<<(QDebug debug, const ObjectInfo& info);
 
 }  // namespace vorandel
 
+// Both hold only implicitly shared members: containers may move them as bytes.
+Q_DECLARE_TYPEINFO(vorandel::INHERIT_DATA, Q_MOVABLE_TYPE);
+Q_DECLARE_TYPEINFO(vorandel::ObjectInfo, Q_MOVABLE_TYPE);
+
 Q_DECLARE_METATYPE(vorandel::INHERIT_DATA)
 Q_DECLARE_METATYPE(vorandel::ObjectInfo)
 Q_DECLARE_METATYPE(vorandel::OBJECT_HASH)

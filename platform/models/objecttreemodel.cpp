@@ -157,9 +157,11 @@ bool ObjectTreeModel::setData(const QModelIndex& index, const QVariant& value, i
     if (!index.isValid() || index.model() != this || (role != Qt::DisplayRole && role != Qt::EditRole))
         return false;
     auto& cells = m_rows[index.row()].cells;
+    if (cells.isEmpty())
+        cells.reserve(3);  // a subclass sets a few cells of a row, not one
     auto it = std::find_if(cells.begin(), cells.end(), [&](const auto& c) { return c.first == index.column(); });
     if (it == cells.end())
-        cells.emplace_back(index.column(), value);
+        cells.append({index.column(), value});
     else
         it->second = value;
     static const QVector<int> roles{Qt::DisplayRole, Qt::EditRole};

@@ -7,8 +7,18 @@
 #include <QHash>
 #include <QVector>
 
-#include <utility>
-#include <vector>
+
+namespace objecttree {
+// A row of ObjectTreeModel: the record and the cells set on it by hand, by column.
+struct Row
+{
+    vorandel::ObjectInfo info;
+    QVector<QPair<int, QVariant>> cells;
+};
+}  // namespace objecttree
+
+// Both members may be moved as bytes, which lets the rows grow in place.
+Q_DECLARE_TYPEINFO(objecttree::Row, Q_MOVABLE_TYPE);
 
 // A list of objects, one row per uid, with as many columns as the subclass says. The row keeps a
 // copy of its record; cells are worked out from it by columnData() at the moment they are read,
@@ -56,11 +66,7 @@ public:
     virtual QVariant columnData(const vorandel::ObjectInfo& info, int column) const;
 
 private:
-    struct Row
-    {
-        vorandel::ObjectInfo info;
-        std::vector<std::pair<int, QVariant>> cells;  // hand-set, by column
-    };
+    using Row = objecttree::Row;
     const QVariant* handSet(const Row& row, int column) const;
 
     QVector<Row> m_rows;

@@ -1,12 +1,14 @@
 #include "vdrowheaderview.h"
 
 #include <QEvent>
+#include <QStyle>
 
 VDRowHeaderView::VDRowHeaderView(QWidget* parent) : QHeaderView(Qt::Vertical, parent)
 {
     // What the view's own row header would be.
     setSectionsClickable(true);
     setHighlightSections(true);
+    forgetSizes();
 }
 
 void VDRowHeaderView::setModel(QAbstractItemModel* model)
@@ -20,11 +22,19 @@ void VDRowHeaderView::setModel(QAbstractItemModel* model)
 
 QSize VDRowHeaderView::sectionSizeFromContents(int logicalIndex) const
 {
-    const int length = model()->headerData(logicalIndex, orientation()).toString().size();
-    auto it = m_sizeByLabelLength.constFind(length);
-    if (it == m_sizeByLabelLength.cend())
-        it = m_sizeByLabelLength.insert(length, QHeaderView::sectionSizeFromContents(logicalIndex));
-    return it.value();
+    // Row labels are numbers, and the last is the longest: its size stands for every section.
+    const int sections = count();
+    if (sections != m_measuredCount) {
+        m_measuredCount = sections;
+        m_sectionSize = QHeaderView::sectionSizeFromContents(sections > 0 ? sections - 1 : logicalIndex)
+                            .expandedTo(QHeaderView::sectionSizeFromContents(0));
+    }
+    return m_sectionSize;
+}
+
+void VDRowHeaderView::dataChanged(const QModelIndex&, const QModelIndex&, const QVector<int>&)
+{
+    // Cells changed: no row label and no row height did.
 }
 
 void VDRowHeaderView::changeEvent(QEvent* event)
@@ -36,5 +46,8 @@ void VDRowHeaderView::changeEvent(QEvent* event)
 
 void VDRowHeaderView::forgetSizes()
 {
-    m_sizeByLabelLength.clear();
+    m_measuredCount = -1;
+    // The least height a section may take, as the header would work it out on every call.
+    const int margin = 2 * style()->pixelMetric(QStyle::PM_HeaderMargin, nullptr, this);
+    setMinimumSectionSize(fontMetrics().height() + margin);
 }

@@ -155,6 +155,7 @@ void VDTableView::setModel(QAbstractItemModel* model)
         QTableView::setModel(model);
     }
     m_rowHeight = -1;
+    adoptRowHeight();
     m_restored = false;
     applyHiddenByDefault();
     updateHeaderMenu();
@@ -172,28 +173,41 @@ int VDTableView::sizeHintForRow(int row) const
     // Every row is one line of the same font with an icon of the view's size: a line with an
     // icon, and one row measured in all of its columns, stand for all of them.
     if (m_rowHeight < 0 && model()) {
-        ensurePolished();
-        QStyleOptionViewItem option = viewOptions();
-        QStyleOptionViewItem line = option;
-        line.features |= QStyleOptionViewItem::HasDisplay | QStyleOptionViewItem::HasDecoration;
-        line.text = QStringLiteral("Ag");
-        int height = style()->sizeFromContents(QStyle::CT_ItemViewItem, &line, QSize(), this).height();
-        for (int column = 0, columns = model()->columnCount(rootIndex()); column < columns; ++column) {
-            const QModelIndex index = model()->index(row, column, rootIndex());
-            height = qMax(height, itemDelegate(index)->sizeHint(option, index).height());
-        }
-        m_rowHeight = showGrid() ? height + 1 : height;
-        // Rows of the default size are all the same to the header, and it keeps no record of
-        // each of them through a layout change: a search or a sort over a hundred thousand rows
-        // would otherwise make a persistent index for every one.
-        const int rowSize = qMax(m_rowHeight, verticalHeader()->minimumSectionSize());
-        if (verticalHeader()->defaultSectionSize() != rowSize) {
-            QMetaObject::invokeMethod(
-                const_cast<VDTableView*>(this),
-                [this, rowSize] { verticalHeader()->setDefaultSectionSize(rowSize); }, Qt::QueuedConnection);
-        }
+        m_rowHeight = measureRowHeight(row);
+        // Measured outside setModel() (the font or the icon size changed): the header learns the
+        // new height once this pass is over.
+        QMetaObject::invokeMethod(const_cast<VDTableView*>(this), &VDTableView::adoptRowHeight, Qt::QueuedConnection);
     }
     return m_rowHeight;
+}
+
+int VDTableView::measureRowHeight(int row) const
+{
+    ensurePolished();
+    QStyleOptionViewItem option = viewOptions();
+    QStyleOptionViewItem line = option;
+    line.features |= QStyleOptionViewItem::HasDisplay | QStyleOptionViewItem::HasDecoration;
+    line.text = QStringLiteral("Ag");
+    int height = style()->sizeFromContents(QStyle::CT_ItemViewItem, &line, QSize(), this).height();
+    for (int column = 0, columns = model()->columnCount(rootIndex()); column < columns; ++column) {
+        const QModelIndex index = model()->index(row, column, rootIndex());
+        height = qMax(height, itemDelegate(index)->sizeHint(option, index).height());
+    }
+    return showGrid() ? height + 1 : height;
+}
+
+void VDTableView::adoptRowHeight()
+{
+    // Rows of the default size are all the same to the header, and it keeps no record of each of
+    // them through a layout change: a search or a sort over a hundred thousand rows would
+    // otherwise make a persistent index for every one.
+    if (m_rowHeight < 0 && model() && model()->rowCount(rootIndex()) > 0)
+        m_rowHeight = measureRowHeight(0);
+    if (m_rowHeight < 0)
+        return;
+    const int rowSize = qMax(m_rowHeight, verticalHeader()->minimumSectionSize());
+    if (verticalHeader()->defaultSectionSize() != rowSize)
+        verticalHeader()->setDefaultSectionSize(rowSize);
 }
 
 void VDTableView::changeEvent(QEvent* event)

@@ -63,5 +63,8 @@ private:
     QByteArray m_publishedState;
     bool m_quiet = false;     // the header changes by our own hand, not the operator's
     bool m_restored = false;  // the header shows a restored state rather than the defaults
+    int measureRowHeight(int row) const;
+    void adoptRowHeight();
+
     mutable int m_rowHeight = -1;
 };

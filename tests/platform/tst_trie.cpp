@@ -76,6 +76,37 @@ private slots:
         QCOMPARE(trie.words.size(), 2);
     }
 
+    // The bulk load must leave exactly what adding pair by pair leaves, into an empty index and
+    // into one that holds something already.
+    void addingAllAtOnceEqualsAddingOneByOne()
+    {
+        QHash<QString, QVector<unsigned int>> groups;
+        const QStringList keys{QStringLiteral("иванов"), QStringLiteral("иван"), QStringLiteral("п-0001"),
+                               QStringLiteral("01.12.2026 09:30:00"), QString(), QStringLiteral("ив")};
+        for (unsigned int value = 1; value <= 40; ++value) {
+            groups[keys.at(value % keys.size())].append(value);
+            groups[keys.at((value * 7) % keys.size())].append(value);  // sometimes the same key twice
+        }
+        TrieStatic<unsigned int> bulk, single, mixed, mixedSingle;
+        bulk.addAll(groups);
+        mixed.add(QStringLiteral("иванов"), 99);
+        mixedSingle.add(QStringLiteral("иванов"), 99);
+        mixed.addAll(groups);
+        for (auto group = groups.cbegin(); group != groups.cend(); ++group) {
+            for (unsigned int value : group.value()) {
+                single.add(group.key(), value);
+                mixedSingle.add(group.key(), value);
+            }
+        }
+        QCOMPARE(bulk.words, single.words);
+        QCOMPARE(mixed.words, mixedSingle.words);
+        for (const TrieStatic<unsigned int>* trie : {&bulk, &mixed}) {
+            checkInvariants(*trie);
+            QVERIFY(!trie->words.contains(QString()));
+        }
+        QCOMPARE(find(bulk, QStringLiteral("ив")), find(single, QStringLiteral("ив")));
+    }
+
     void removeTakesTheValueOutEverywhere()
     {
         TrieStatic<unsigned int> trie;
