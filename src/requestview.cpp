@@ -148,11 +148,8 @@ void reindex(TrieStatic<unsigned int>& index, const ObjectInfo& request, const W
 SearchKeys searchKeysOf(const ObjectInfo& request, const WorkerText& worker)
 {
     SearchKeys keys;
-    for (const QString* part : {&worker.surname, &worker.name, &worker.patronymic}) {
-        const QStringList words = TrieStatic<unsigned int>::wordsOf(part->toLower());
-        for (const QString& word : words)
-            keys.append(word);
-    }
+    for (const QString* part : {&worker.surname, &worker.name, &worker.patronymic})
+        TrieStatic<unsigned int>::forEachWord(part->toLower(), [&keys](const QString& word) { keys.append(word); });
     keys.append(worker.number.toLower());
     keys.append(request.parameters.value(db::pass_request::PASSID).toLower());
     keys.append(searchDate(request.parameters.value(KeyDateBegin)));
@@ -504,7 +501,7 @@ void RequestView::initModels()
                     entries[key].append(request.uid);
             }
         }
-        d->searchIndex.addAll(entries);
+        d->searchIndex.addAll(std::move(entries));
     }
     d->model->blockSignals(false);
 
