@@ -170,6 +170,13 @@ bool report(const TaskInfo& task, Args... args)
                                      args...);
 }
 
+// The notice that an access change is carried out, named for this session; it lives as long as
+// an access task runs.
+CommandType accessNotice()
+{
+    return CommandType(8, QStringLiteral("change_access_result:%1").arg(QString::fromLatin1(AuthData::sessionId().toHex())));
+}
+
 QString firstText(const Command& command)
 {
     QString text;
@@ -780,6 +787,22 @@ void RequestView::processNextTask()
     d->taskQueue.processNext();
 }
 
+void RequestView::reportSuccess(const TaskInfo& task)
+{
+    if (receiverSet(task))
+        report(task, Q_ARG(vorandel::TYPE_ID, task.uid));
+    else
+        showPopupMessage(task.message, MessageWidget::Icon(0), 0);
+}
+
+void RequestView::reportFailure(const TaskInfo& task)
+{
+    if (receiverSet(task))
+        report(task, Q_ARG(vorandel::TYPE_ID, 0));
+    else
+        showPopupCriticalMessage(task.errorMessage, 0);
+}
+
 namespace {
 // The object that a "create_object" or "save_object" task describes.
 ObjectInfo objectOfTask(const TaskInfo& task)
@@ -831,10 +854,10 @@ bool RequestView::processDeleted(const TaskInfo& task)
 
 void RequestView::objectCreatedHandler(Command& command)
 {
-    if (d->taskQueue.tasks.isEmpty())
+    const std::optional<TaskInfo> running = d->taskQueue.finishCurrent();
+    if (!running)
         return;
-    const TaskInfo task = d->taskQueue.current();
-    d->taskQueue.processed();
+    const TaskInfo& task = *running;
     if (command.status != Command::StatusOk) {
         qCWarning(rvc) << "fail create object";
         d->taskQueue.removeTasks(task);
@@ -853,10 +876,10 @@ void RequestView::objectCreatedHandler(Command& command)
 
 void RequestView::objectSavedHandler(Command& command)
 {
-    if (d->taskQueue.tasks.isEmpty())
+    const std::optional<TaskInfo> running = d->taskQueue.finishCurrent();
+    if (!running)
         return;
-    const TaskInfo task = d->taskQueue.current();
-    d->taskQueue.processed();
+    const TaskInfo& task = *running;
     if (command.status != Command::StatusOk) {
         qCWarning(rvc) << "fail save object";
         d->taskQueue.removeTasks(task);
@@ -888,21 +911,16 @@ void RequestView::objectSavedHandler(Command& command)
 
 void RequestView::requestRemoved(Command& command)
 {
-    if (d->taskQueue.tasks.isEmpty())
+    const std::optional<TaskInfo> running = d->taskQueue.finishCurrent();
+    if (!running)
         return;
-    const TaskInfo task = d->taskQueue.current();
-    d->taskQueue.processed();
+    const TaskInfo& task = *running;
     if (command.status != Command::StatusOk) {
         qCWarning(rvc) << "fail delete object";
         d->taskQueue.removeTasks(task);
-        if (receiverSet(task))
-            report(task, Q_ARG(vorandel::TYPE_ID, 0));
-        else
-            showPopupCriticalMessage(task.errorMessage, 0);
-    } else if (receiverSet(task)) {
-        report(task, Q_ARG(vorandel::TYPE_ID, task.uid));
+        reportFailure(task);
     } else {
-        showPopupMessage(task.message, MessageWidget::Icon(0), 0);
+        reportSuccess(task);
     }
     processNextTask();
 }
@@ -913,7 +931,7 @@ bool RequestView::processChangeSubjectAccess(const TaskInfo& task)
     const OBJECT_HASH* policies = LocalStorage::instance()->constObjects(POLICY_DATANAME);
     if (!policies)
         return false;
-    const CommandType notice(8, QStringLiteral("change_access_result:%1").arg(QString::fromLatin1(AuthData::sessionId().toHex())));
+    const CommandType notice = accessNotice();
     registerCommandHandler(notice, bind(&RequestView::changeSubjectAccessFinishedHandler));
     server()->addCommandType(notice, this);
     server()->sendLocalPluginsInfo();
@@ -932,22 +950,16 @@ void RequestView::changeSubjectAccessHandler(Command& command)
 {
     if (d->taskQueue.tasks.isEmpty())
         return;
-    const TaskInfo task = d->taskQueue.current();
+    const TaskInfo task = d->taskQueue.current();  // still running on success
     if (command.status == Command::StatusOk) {
         // The task runs on until the server's notice that the change is carried out.
-        if (receiverSet(task))
-            report(task, Q_ARG(vorandel::TYPE_ID, task.uid));
-        else
-            showPopupMessage(task.message, MessageWidget::Icon(0), 0);
+        reportSuccess(task);
         return;
     }
     qCWarning(rvc) << "fail change access";
     d->taskQueue.processed();
     d->taskQueue.removeTasks(task);
-    if (receiverSet(task))
-        report(task, Q_ARG(vorandel::TYPE_ID, 0));
-    else
-        showPopupCriticalMessage(task.errorMessage, 0);
+    reportFailure(task);
     processNextTask();
 }
 
@@ -964,8 +976,7 @@ void RequestView::changeSubjectAccessFinishedHandler(Command& command)
         d->propertiesDialog->showMessage(text);
     else
         showPopupInformationMessage(text, 0);
-    const CommandType notice(8, QStringLiteral("change_access_result:%1").arg(QString::fromLatin1(AuthData::sessionId().toHex())));
-    removeCommandType(notice);
+    removeCommandType(accessNotice());
     server()->sendLocalPluginsInfo();
     processNextTask();
 }
@@ -979,14 +990,10 @@ bool RequestView::processChangeAccess(const TaskInfo& task)
 
 void RequestView::changeAccessHandler()
 {
-    if (d->taskQueue.tasks.isEmpty())
+    const std::optional<TaskInfo> running = d->taskQueue.finishCurrent();
+    if (!running)
         return;
-    const TaskInfo task = d->taskQueue.current();
-    d->taskQueue.processed();
-    if (receiverSet(task))
-        report(task, Q_ARG(vorandel::TYPE_ID, task.uid));
-    else
-        showPopupMessage(task.message, MessageWidget::Icon(0), 0);
+    reportSuccess(*running);
 
     if (d->propertiesDialog) {
         if (auto* access = qobject_cast<WorkerAccessView*>(d->propertiesDialog->tabWidget(3))) {
@@ -1018,10 +1025,10 @@ bool RequestView::processUpdateWorkerCards(const TaskInfo& task)
 
 void RequestView::updateWorkerCardsHandler(Command& command)
 {
-    if (d->taskQueue.tasks.isEmpty())
+    const std::optional<TaskInfo> running = d->taskQueue.finishCurrent();
+    if (!running)
         return;
-    const TaskInfo task = d->taskQueue.current();
-    d->taskQueue.processed();
+    const TaskInfo& task = *running;
     if (command.status != Command::StatusOk) {
         qCWarning(rvc) << "fail update worker card" << firstText(command);
         d->taskQueue.removeTasks(task);
@@ -1045,10 +1052,10 @@ bool RequestView::processGetBiometrics(const TaskInfo& task)
 
 void RequestView::getBiometricsHandler(Command& command)
 {
-    if (d->taskQueue.tasks.isEmpty())
+    const std::optional<TaskInfo> running = d->taskQueue.finishCurrent();
+    if (!running)
         return;
-    const TaskInfo task = d->taskQueue.current();
-    d->taskQueue.processed();
+    const TaskInfo& task = *running;
     if (command.status != Command::StatusOk) {
         qCWarning(rvc) << "fail get user fingers";
         d->taskQueue.removeTasks(task);
@@ -1084,10 +1091,10 @@ bool RequestView::processScanBiometrics(const TaskInfo& task)
 
 void RequestView::scanBiometricsHandler(Command& command)
 {
-    if (d->taskQueue.tasks.isEmpty())
+    const std::optional<TaskInfo> running = d->taskQueue.finishCurrent();
+    if (!running)
         return;
-    const TaskInfo task = d->taskQueue.current();
-    d->taskQueue.processed();
+    const TaskInfo& task = *running;
     if (command.status == Command::StatusBiometricsLocked) {
         QMessageBox::information(VDGuiGlobals::vdApp, tr("Персональные данные"),
                                  tr("Запрещено редактирование биометрической информации"), QMessageBox::Ok);

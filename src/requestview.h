@@ -147,6 +147,9 @@ private:
     void changeSubjectAccessHandler(Command& command);
     void updateWorkerCardsHandler(Command& command);
     void getBiometricsHandler(Command& command);
+    // The receiver's slot with the task's uid (0 on failure), or else the operator's pop-up.
+    void reportSuccess(const vorandel::TaskInfo& task);
+    void reportFailure(const vorandel::TaskInfo& task);
 
     vorandel::TYPE_ID getLinkedWorker(vorandel::TYPE_ID uid);
     void dismissLinkedIfNecessary(vorandel::TYPE_ID uid);

@@ -6,6 +6,8 @@
 #include <QList>
 #include <QString>
 
+#include <optional>
+
 // One strict queue of asynchronous tasks. The front task runs until its handler calls
 // processed(); a task with subtasks runs them first, in order, and itself last.
 template <typename Owner>
@@ -24,6 +26,17 @@ public:
             return {};
         const vorandel::TaskInfo& front = tasks.first();
         return front.subtasks.isEmpty() ? front : front.subtasks.first();
+    }
+
+    // The running task is done: takes it out of the queue and gives it; nothing when the queue is
+    // idle, as when an answer belongs to no task.
+    std::optional<vorandel::TaskInfo> finishCurrent()
+    {
+        if (tasks.isEmpty())
+            return std::nullopt;
+        vorandel::TaskInfo task = current();
+        processed();
+        return task;
     }
 
     // The running task is done.

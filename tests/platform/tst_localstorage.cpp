@@ -83,30 +83,6 @@ private slots:
         QVERIFY(found.isEmpty());
     }
 
-    void blobsAndTheirSums()
-    {
-        QVERIFY(store->blobMd5(1, QStringLiteral("PT_PHOTO")).isEmpty());
-        store->setBlob(1, QStringLiteral("PT_PHOTO"), QByteArray("photo"));
-        QCOMPARE(store->blob(1, QStringLiteral("PT_PHOTO")), QByteArray("photo"));
-        QCOMPARE(store->blobMd5(1, QStringLiteral("PT_PHOTO")), LocalStorage::md5Of(QByteArray("photo")));
-        QCOMPARE(store->blobMd5(1, QStringLiteral("PT_PHOTO")).size(), 32);
-    }
-
-    void cardsByNumber()
-    {
-        ObjectInfo card;
-        card.uid = 50;
-        card.type = QStringLiteral("OT_CARD");
-        card.parameters.insert(db::card::NUMBER, QStringLiteral("123456"));
-        card.parameters.insert(db::card::OWNER, QStringLiteral("1"));
-        ObjectInfo dismissed = worker(1, QStringLiteral("Иванов"), QStringLiteral("A1"));
-        dismissed.parameters.insert(QStringLiteral("PT_OBJECTSTATE"), QStringLiteral("d"));
-        store->setObjects(SUBJECT_DATANAME, {dismissed});
-        store->setObjects(CARD_DATANAME, {card});
-        QCOMPARE(store->card(123456, true).uid, 50u);
-        QVERIFY(!store->card(123456, false).isValid());
-        QVERIFY(!store->card(7, true).isValid());
-    }
 };
 
 QTEST_MAIN(TestLocalStorage)

@@ -220,19 +220,6 @@ private slots:
         QCOMPARE(selection.selectedRows().size(), 0);
     }
 
-    void sortsDatesAsDatesAndTextWithoutCase()
-    {
-        Model model;
-        model.add(object(1, 0, 30, QStringLiteral("борисов")));
-        model.add(object(2, 0, 2, QStringLiteral("Александров")));
-        model.add(object(3, 0, 11, QStringLiteral("Быков")));
-        ObjectTreeProxy proxy;
-        proxy.setSourceModel(&model);
-        proxy.sort(2, Qt::AscendingOrder);
-        QCOMPARE(shownUids(proxy), (QList<TYPE_ID>{2, 3, 1}));
-        proxy.sort(3, Qt::AscendingOrder);
-        QCOMPARE(shownUids(proxy), (QList<TYPE_ID>{2, 1, 3}));
-    }
 };
 
 QTEST_MAIN(TestObjectTreeProxy)

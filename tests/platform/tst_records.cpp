@@ -112,14 +112,6 @@ private slots:
         QCOMPARE(read.data, command.data);
     }
 
-    void templateDefaults()
-    {
-        const TEMPLATE_DATA t;
-        QCOMPARE(t.quality, 255);
-        QCOMPARE(t.index, qint16(-1));
-        QCOMPARE(t.kind, 0);
-    }
-
     void dbResultCellsBeyondTheDataAreInvalid()
     {
         DbResult result;
@@ -129,15 +121,6 @@ private slots:
         QCOMPARE(result.cell(0, 2).toUInt(), 3u);
         QVERIFY(!result.cell(1, 0).isValid());
         QVERIFY(!result.cell(0, 3).isValid());
-    }
-
-    void sortsLinksByPriority()
-    {
-        QList<INHERIT_DATA> chain{INHERIT_DATA(1, 10, 23, 5), INHERIT_DATA(1, 11, 23, 1), INHERIT_DATA(1, 12, 23, 3)};
-        std::sort(chain.begin(), chain.end(), SortInheritDataByPriority);
-        QCOMPARE(chain.at(0).second, 11u);
-        QCOMPARE(chain.at(1).second, 12u);
-        QCOMPARE(chain.at(2).second, 10u);
     }
 
     void requestRules_data()
@@ -164,15 +147,6 @@ private slots:
         QCOMPARE(vorandel::removable(state), removable);
     }
 
-    void dismissalIsExactlyD()
-    {
-        ObjectInfo worker;
-        QVERIFY(!isDismissed(worker));
-        worker.parameters.insert(QStringLiteral("PT_OBJECTSTATE"), QStringLiteral("D"));
-        QVERIFY(!isDismissed(worker));
-        worker.parameters.insert(QStringLiteral("PT_OBJECTSTATE"), QStringLiteral("d"));
-        QVERIFY(isDismissed(worker));
-    }
 };
 
 QTEST_GUILESS_MAIN(TestRecords)

@@ -49,7 +49,9 @@ private slots:
         const COMMAND_LIST types = plugin->init(VDServerInterface::instance(), loader.fileName());
         QCOMPARE(types.size(), 3);
         QVERIFY(page->canShow());
-        QCOMPARE(page->tabList().size(), 1);
+        const QList<PLUGIN_TAB> tabs = page->tabList();
+        QCOMPARE(tabs.size(), 1);
+        QCOMPARE(tabs.first().title, QStringLiteral("Заявки"));
         page->insertedToInterface();
         auto* table = page->findChild<QTableView*>(QStringLiteral("tblRequests"));
         QVERIFY(table);

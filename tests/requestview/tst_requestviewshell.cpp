@@ -41,10 +41,21 @@ private slots:
         qRegisterMetaType<ObjectInfo>();
     }
 
+    void identityAndCommandTypes_data()
+    {
+        QTest::addColumn<QString>("monitoringId");
+        QTest::addColumn<QString>("word");
+        QTest::newRow("set") << QStringLiteral("17") << QStringLiteral("17");
+        QTest::newRow("unset") << QString() << QStringLiteral("1");
+    }
+
     void identityAndCommandTypes()
     {
+        QFETCH(QString, monitoringId);
+        QFETCH(QString, word);
         TestEnvironment environment;
-        Settings::instance()->setValue(QStringLiteral("monitoring/id"), QStringLiteral("17"));
+        if (!monitoringId.isEmpty())
+            Settings::instance()->setValue(QStringLiteral("monitoring/id"), monitoringId);
         RequestView view;
         const qint64 before = QDateTime::currentSecsSinceEpoch();
         const COMMAND_LIST types = view.init(VDServerInterface::instance(), QStringLiteral("requestview"));
@@ -53,7 +64,7 @@ private slots:
         const QStringList words = id.split(QLatin1Char(' '));
         QCOMPARE(words.size(), 4);
         QCOMPARE(words.at(0), QStringLiteral("requestview"));
-        QCOMPARE(words.at(1), QStringLiteral("17"));
+        QCOMPARE(words.at(1), word);
         QVERIFY(!words.at(2).isEmpty());
         QVERIFY(words.at(2) != QLatin1String("127.0.0.1") && words.at(2) != QLatin1String("::1"));
         QVERIFY(words.at(3).toLongLong() >= before);
@@ -62,32 +73,6 @@ private slots:
         QCOMPARE(types.at(2), CommandType(1, QStringLiteral("db.async_result:") + id));
         for (const CommandType& type : types)
             QVERIFY(view.handlesCommand(type.name));
-    }
-
-    void monitoringIdDefaultsToOne()
-    {
-        TestEnvironment environment;
-        RequestView view;
-        const QString id = clientIdOf(view.init(VDServerInterface::instance(), QString()));
-        QCOMPARE(id.section(QLatin1Char(' '), 1, 1), QStringLiteral("1"));
-    }
-
-    void answersTheConsole()
-    {
-        TestEnvironment environment;
-        RequestView view;
-        QCOMPARE(view.pluginName(), QStringLiteral("requestview"));
-        QCOMPARE(view.pluginVersion(), 0x10000);
-        QCOMPARE(view.pluginBuild(), QStringLiteral("1.1777379737"));
-        QCOMPARE(view.requireList(), QStringList{QStringLiteral("localdatamanager")});
-        QCOMPARE(view.object(), &view);
-        QCOMPARE(view.widget(), &view);
-        QCOMPARE(view.windowTitle(), QStringLiteral("Заявки"));
-        const QList<PLUGIN_TAB> tabs = view.tabList();
-        QCOMPARE(tabs.size(), 1);
-        QCOMPARE(tabs.first().title, QStringLiteral("Заявки"));
-        QCOMPARE(tabs.first().index, 0);
-        QCOMPARE(tabs.first().count, 1);
     }
 
     void canShowFollowsTheRight_data()
