@@ -5,20 +5,6 @@
 #include <QtTest>
 
 #include <algorithm>
-#include <memory>
-
-namespace {
-// The notes of a page, lowest first.
-QList<MessageWidget*> notesOf(const QWidget& page)
-{
-    QList<MessageWidget*> notes = page.findChildren<MessageWidget*>();
-    notes.erase(std::remove_if(notes.begin(), notes.end(), [](MessageWidget* note) { return !note->isVisible(); }),
-                notes.end());
-    std::sort(notes.begin(), notes.end(),
-              [](MessageWidget* a, MessageWidget* b) { return a->geometry().bottom() > b->geometry().bottom(); });
-    return notes;
-}
-}  // namespace
 
 class TestPluginWidget : public QObject
 {
@@ -70,47 +56,6 @@ private slots:
         QCOMPARE(notes.size(), 2);
         QVERIFY(std::any_of(notes.cbegin(), notes.cend(),
                             [&](MessageWidget* note) { return note->text() == text && note->icon() == icon; }));
-
-        page.clearPopups();
-        QVERIFY(page.popups().isEmpty());
-    }
-
-    void notesStackUpwardFromTheCornerAndFollowThePage()
-    {
-        PluginWidget page;
-        page.resize(800, 600);
-        page.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&page));
-
-        page.showPopupInformationMessage(QStringLiteral("первая"), 0);
-        page.showPopupCriticalMessage(QStringLiteral("вторая, подлиннее, чтобы заметка была шире прочих"), 0);
-        page.showPopupMessage(QStringLiteral("третья"), MessageWidget::Warning, 0);
-
-        QList<MessageWidget*> notes = notesOf(page);
-        QCOMPARE(notes.size(), 3);
-        QCOMPARE(notes.at(0)->text(), QStringLiteral("первая"));
-        QCOMPARE(notes.at(2)->text(), QStringLiteral("третья"));
-        for (int i = 0; i < notes.size(); ++i) {
-            const QRect note = notes.at(i)->geometry();
-            QVERIFY2(page.rect().contains(note), "a note lies inside the page");
-            QVERIFY2(page.width() - note.right() < 40, "right-aligned at the corner");
-            if (i > 0)
-                QVERIFY2(note.bottom() < notes.at(i - 1)->geometry().top(), "above the one before, no overlap");
-        }
-        QVERIFY(page.height() - notes.at(0)->geometry().bottom() < 40);
-
-        page.resize(1000, 700);
-        for (MessageWidget* note : qAsConst(notes))
-            QVERIFY(page.width() - note->geometry().right() < 40);
-        QVERIFY(page.height() - notes.at(0)->geometry().bottom() < 40);
-
-        // The lowest one goes; the others move down into its place.
-        const int lowestBottom = notes.at(0)->geometry().bottom();
-        QPointer<MessageWidget> second = notes.at(1);
-        notes.at(0)->close();
-        QTRY_COMPARE(page.findChildren<MessageWidget*>().size(), 2);
-        QVERIFY(second);
-        QCOMPARE(second->geometry().bottom(), lowestBottom);
     }
 
     void noteClosesItselfAndIsDeleted()
@@ -122,36 +67,6 @@ private slots:
         note->popup(50);
         QVERIFY(note->isVisible());
         QTRY_VERIFY(note.isNull());
-    }
-
-    void clickingANoteClosesIt()
-    {
-        QWidget page;
-        QPointer<MessageWidget> note = new MessageWidget(QStringLiteral("Готово"), MessageWidget::Information, &page);
-        page.show();
-        note->popup();
-        QTest::mouseClick(note, Qt::LeftButton);
-        QTRY_VERIFY(note.isNull());
-    }
-
-    void defaultDurationFitsTheTextAndEnds()
-    {
-        const int glance = MessageWidget::defaultDuration(QStringLiteral("Ок"));
-        const int sentence = MessageWidget::defaultDuration(QStringLiteral("Заявка № 12 подтверждена и отправлена"));
-        const int essay = MessageWidget::defaultDuration(QString(5000, QLatin1Char('x')));
-        QVERIFY(glance >= 2000);
-        QVERIFY(sentence > glance);
-        QVERIFY(essay >= sentence);
-        QVERIFY(essay <= 30000);
-    }
-
-    void pageGoesWithNotesStillShown()
-    {
-        auto page = std::make_unique<PluginWidget>();
-        page->show();
-        page->showPopupInformationMessage(QStringLiteral("первая"), 0);
-        page->showPopupCriticalMessage(QStringLiteral("вторая"), 0);
-        page.reset();  // must neither crash nor touch the gone page
     }
 };
 

@@ -9,6 +9,4 @@ class RequestFilterWidgetTest : public QObject
 private slots:
     void values_data();
     void values();
-    void allClears_data();
-    void allClears();
 };

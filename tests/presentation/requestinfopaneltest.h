@@ -11,8 +11,5 @@ private slots:
 
     void card_data();
     void card();
-    void photo_data();
-    void photo();
-    void severalRows();
-    void blank();
+    void severalRowsAndBlank();
 };
