@@ -1,0 +1,288 @@
+#include "console.h"
+#include "consoleoptions.h"
+#include "constants.h"
+#include "faketransport.h"
+#include "icontheme.h"
+#include "localdatamanager.h"
+#include "localstorage.h"
+#include "mainwindow.h"
+#include "pluginhost.h"
+#include "testenvironment.h"
+#include "vdguiglobals.h"
+#include "vdplugininterface.h"
+#include "vdserverinterface.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QImage>
+#include <QLabel>
+#include <QPointer>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QStackedWidget>
+#include <QTabWidget>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <algorithm>
+
+namespace {
+QStringList lifecycle()
+{
+    return qApp->property("lifecycle").toStringList();
+}
+
+void setLifecycle(const QStringList& calls)
+{
+    qApp->setProperty("lifecycle", calls);
+}
+
+QStringList tabTitles(const QTabWidget& tabs)
+{
+    QStringList titles;
+    for (int i = 0; i < tabs.count(); ++i)
+        titles << tabs.tabText(i);
+    return titles;
+}
+
+QStringList names(const QList<VDPluginInterface*>& plugins)
+{
+    QStringList names;
+    for (const VDPluginInterface* plugin : plugins)
+        names << plugin->pluginName();
+    return names;
+}
+
+// Runs the real program off screen, with settings of its own; its exit code, -1 if it crashed or hung.
+int runConsole(QProcess& process, const QStringList& arguments, const QTemporaryDir& home)
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
+    environment.insert(QStringLiteral("XDG_CONFIG_HOME"), home.path());
+    process.setProcessEnvironment(environment);
+    process.start(QStringLiteral(VDCONSOLE_BINARY), arguments);
+    if (process.waitForFinished(90000) && process.exitStatus() == QProcess::NormalExit)
+        return process.exitCode();
+    process.kill();
+    process.waitForFinished();
+    return -1;
+}
+}  // namespace
+
+class TestConsole : public QObject
+{
+    Q_OBJECT
+
+public:
+    // As the console does: the theme is there before any plug-in comes.
+    TestConsole() { IconTheme::install(); }
+
+private slots:
+    void init()
+    {
+        vorandel::LocalStorage::instance()->clear();
+        setLifecycle({});
+    }
+
+    void options_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<bool>("refused");
+        QTest::addColumn<QString>("expected");  // user|requests|screenshot|plug-ins, or what the error names
+
+        const QString besideTheProgram = QDir(QCoreApplication::applicationDirPath()).filePath("plugins");
+        QTest::newRow("defaults") << QStringList() << false << "|-1||" + besideTheProgram;
+        QTest::newRow("no requests") << QStringList{"--requests", "0"} << false << "|0||" + besideTheProgram;
+        QTest::newRow("all of them") << QStringList{"--plugins", "p", "--screenshot", "s.png", "--requests",
+                                                    "1000000", "--user", "admin"}
+                                     << false << "admin|1000000|s.png|p";
+        QTest::newRow("requests, a word") << QStringList{"--requests", "many"} << true << "many";
+        QTest::newRow("requests, negative") << QStringList{"--requests", "-5"} << true << "-5";
+        QTest::newRow("requests, too many") << QStringList{"--requests", "1000001"} << true << "1000001";
+        QTest::newRow("user, blank") << QStringList{"--user", " "} << true << "--user";
+        QTest::newRow("unknown option") << QStringList{"--colour", "red"} << true << "colour";
+        QTest::newRow("stray argument") << QStringList{"admin"} << true << "admin";
+    }
+
+    void options()
+    {
+        QFETCH(QStringList, arguments);
+        QFETCH(bool, refused);
+        QFETCH(QString, expected);
+
+        const ConsoleOptions::Parsed parsed = ConsoleOptions::parse(QStringList{"vdconsole"} + arguments);
+        QCOMPARE(parsed.outcome, refused ? ConsoleOptions::Parsed::Error : ConsoleOptions::Parsed::Run);
+        const ConsoleOptions& given = parsed.options;
+        const QStringList values{given.user, QString::number(given.requests.value_or(-1)), given.screenshotFile,
+                                 given.pluginDir};
+        if (refused)
+            QVERIFY2(parsed.text.contains(expected), qPrintable(parsed.text));
+        else
+            QCOMPARE(values.join(QLatin1Char('|')), expected);
+    }
+
+    void drawsEveryIconOfThePlugin_data()
+    {
+        QTest::addColumn<QString>("name");
+
+        // Every name the tab and the platform's widgets ask the theme for.
+        const QStringList names{
+            "common-pause1", "common-pause", "common-play", "common-online", "common-cancel", "common-nofilter",
+            "common-info", "common-warning", "common-fingerprint",
+            "action-add", "action-remove", "action-config", "action-finger", "action-left", "action-right",
+            "action-unlock", "action-search",
+            "object-OT_PASS_REQUEST", "object-OT_WORKER", "object-OT_WORKER-d", "object-OT_USER", "object-OT_CARD",
+            "object-OT_ACCESS_POLICY", "object-OT_FIRM", "object-OT_DEPARTMENT", "object-OT_SUBJECTROOT",
+        };
+        for (const QString& name : names)
+            QTest::newRow(qPrintable(name)) << name;
+    }
+
+    void drawsEveryIconOfThePlugin()
+    {
+        QFETCH(QString, name);
+
+        QVERIFY(QIcon::hasThemeIcon(name));
+        // An icon of its own: the loader would otherwise fall back on a shorter name, so that
+        // "object-OT_WORKER-d" silently looked like "object-OT_WORKER".
+        QVERIFY(QFileInfo::exists(IconTheme::iconFolder() + QLatin1Char('/') + name + QStringLiteral(".svg")));
+        const QIcon icon = QIcon::fromTheme(name);
+        for (const int size : {16, 24, 48}) {
+            const QImage image = icon.pixmap(size, size).toImage().convertToFormat(QImage::Format_Alpha8);
+            QCOMPARE(image.size(), QSize(size, size));
+            const auto drawn = std::count_if(image.constBits(), image.constBits() + image.sizeInBytes(),
+                                             [](uchar alpha) { return alpha > 0; });
+            // Not a speck: a real picture covers a good part of its square.
+            QVERIFY2(drawn * 8 > size * size, qPrintable(QStringLiteral("%1 px drawn at %2").arg(drawn).arg(size)));
+        }
+    }
+
+    void hostDrivesTheLifeCycle()
+    {
+        // alpha needs beta, beta needs the console's own store keeper; gamma needs nothing and
+        // may not be seen. A library of the folder isn't a plug-in at all.
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("skipped.*libnotaplugin")));
+        vdserver::Server server;
+        server.seed();
+        LocalDataManager builtIn(&server);
+        FakeTransport transport;
+        VDServerInterface::instance()->setTransport(nullptr);
+        QTabWidget tabs;
+        QList<QPointer<QObject>> pages;
+        {
+            PluginHost host;
+            host.addBuiltIn(&builtIn);
+            QCOMPARE(host.load(QStringLiteral(TEST_PLUGIN_ROOT "/ordered")), 3);
+            QCOMPARE(lifecycle(), QStringList({"alpha:instance", "beta:instance", "gamma:instance"}));
+
+            setLifecycle({});
+            host.start(&tabs, &transport);
+            const QStringList expected{
+                "beta:init", "beta:canShow", "beta:tabList", "beta:insertedToInterface",
+                "gamma:init", "gamma:canShow",
+                "alpha:init", "alpha:canShow", "alpha:tabList", "alpha:insertedToInterface",
+                "beta:initOnExchangeReady", "gamma:initOnExchangeReady", "alpha:initOnExchangeReady",
+            };
+            QCOMPARE(lifecycle(), expected);
+            QCOMPARE(tabTitles(tabs), QStringList({"beta", "alpha"}));
+            // The store was as full as the server by the time the first tab was built.
+            QCOMPARE(qApp->property("beta.requestsAtInsert").toInt(),
+                     server.objects(vorandel::PASS_REQUEST_DATANAME)->size());
+            QCOMPARE(names(host.started()), QStringList({"localdatamanager", "beta", "gamma", "alpha"}));
+            QCOMPARE(names(VDServerInterface::instance()->queryPlugins()), names(host.started()));
+            // The server hears what the plug-ins receive once they have all said it.
+            QCOMPARE(VDServerInterface::instance()->transport(), &transport);
+            const QList<Command> infos = transport.sent(QStringLiteral("exchange.local_plugins_info"));
+            QCOMPARE(infos.size(), 1);
+            COMMAND_LIST types;
+            readPayload(infos.constFirst(), types);
+            QCOMPARE(types, COMMAND_LIST({{8, QStringLiteral("test.beta")}, {8, QStringLiteral("test.gamma")},
+                                          {8, QStringLiteral("test.alpha")}}));
+            QVERIFY(host.problems().isEmpty());
+            for (VDPluginInterface* plugin : host.started().mid(1))
+                pages << plugin->object();
+            setLifecycle({});
+        }
+
+        QCOMPARE(lifecycle(), QStringList({"alpha:uninit", "gamma:uninit", "beta:uninit"}));
+        // Pages go, the one never shown included, and with them their tabs; the exchange is cut off.
+        QCOMPARE(pages.size(), 3);
+        QVERIFY(std::all_of(pages.cbegin(), pages.cend(), [](const QPointer<QObject>& page) { return !page; }));
+        QCOMPARE(tabs.count(), 0);
+        QVERIFY(VDServerInterface::instance()->queryPlugins().isEmpty());
+        QCOMPARE(VDServerInterface::instance()->transport(), nullptr);
+    }
+
+    void hostRefusesWhatCannotStart()
+    {
+        FakeTransport transport;
+        QTabWidget tabs;
+        PluginHost host;
+        QCOMPARE(host.load(QStringLiteral(TEST_PLUGIN_ROOT "/refused")), 5);
+        host.start(&tabs, &transport);
+
+        // zeta needs nothing and is the only one to run.
+        QCOMPARE(names(host.started()), QStringList{"zeta"});
+        QCOMPARE(tabTitles(tabs), QStringList{"zeta"});
+        const QString problems = host.problems().join(QLatin1Char('\n'));
+        QCOMPARE(host.problems().size(), 4);
+        // Each with what it lacks: a plug-in that is missing, one refused, one of a circle.
+        const QStringList refused{"«delta».*«missing»", "«epsilon».*«delta»", "«eta».*«theta»", "«theta».*«eta»"};
+        for (const QString& problem : refused)
+            QVERIFY2(problems.contains(QRegularExpression(problem)), qPrintable(problems));
+        QCOMPARE(lifecycle().filter(QRegularExpression(QStringLiteral(":init$"))), QStringList{"zeta:init"});
+    }
+
+    void saysWhyThereAreNoPlugins()
+    {
+        const QTemporaryDir empty;
+        ConsoleOptions options;
+        options.pluginDir = empty.path();
+        Console console(options);
+        QVERIFY(console.logIn());
+        console.start();
+
+        MainWindow* window = console.window();
+        QCOMPARE(VDGuiGlobals::vdApp.data(), window);
+        QCOMPARE(window->tabs()->count(), 0);
+        QCOMPARE(window->findChild<QStackedWidget*>(QStringLiteral("pages"))->currentWidget()->objectName(),
+                 QStringLiteral("messagePage"));
+        const QString details = window->findChild<QLabel*>(QStringLiteral("messageDetails"))->text();
+        QVERIFY2(details.contains(QDir::toNativeSeparators(empty.path())), qPrintable(details));
+    }
+
+    void exitsOnAnUnknownUser()
+    {
+        const QTemporaryDir home;
+        QProcess process;
+        QVERIFY(runConsole(process, {"--user", "nobody", "--plugins", home.path()}, home) > 0);
+        const QString err = QString::fromUtf8(process.readAllStandardError());
+        QVERIFY2(err.contains(QStringLiteral("nobody")), qPrintable(err));
+        // The operator learns whom he may log in as.
+        vdserver::Server server;
+        server.seed();
+        for (const vdserver::Account& account : server.accounts()) {
+            QVERIFY2(err.contains(account.login), qPrintable(account.login));
+            QVERIFY2(err.contains(account.displayName), qPrintable(account.displayName));
+        }
+    }
+
+    // With the plug-ins beside the program: the tab of the product once it is built, or the page
+    // that says there is none.
+    void savesAScreenshot()
+    {
+        const QTemporaryDir home;
+        const QString file = home.filePath(QStringLiteral("console.png"));
+        QProcess process;
+        const int exitCode = runConsole(process, {"--screenshot", file}, home);
+        QVERIFY2(exitCode == 0, process.readAllStandardError().constData());
+        QVERIFY(QString::fromUtf8(process.readAllStandardOutput()).contains(file));
+        QVERIFY(!QImage(file).isNull());
+    }
+
+private:
+    const TestEnvironment m_environment;
+};
+
+QTEST_MAIN(TestConsole)
+#include "tst_console.moc"
