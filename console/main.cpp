@@ -5,6 +5,7 @@
 #include <QApplication>
 #include <QFontDatabase>
 #include <QLocale>
+#include <QLoggingCategory>
 #include <QTextStream>
 
 #include <cstdio>
@@ -17,6 +18,9 @@ int main(int argc, char* argv[])
     if (!qEnvironmentVariableIsSet("TZ"))
         qputenv("TZ", ":/etc/localtime");
     QApplication app(argc, argv);
+    // The operator's terminal gets what went wrong, not the running commentary; QT_LOGGING_RULES
+    // brings the debug lines back.
+    QLoggingCategory::setFilterRules(QStringLiteral("*.debug=false"));
     // The operator's console speaks Russian: dates and numbers too, whatever the machine says.
     QLocale::setDefault(QLocale(QLocale::Russian, QLocale::Russia));
     QApplication::setOrganizationName(QStringLiteral("vorandel"));
