@@ -16,10 +16,15 @@ QModelIndex ObjectTreeModel::add(const vorandel::ObjectInfo& info)
         return index(row, 0);
     }
     const int row = m_rows.size();
-    beginInsertRows({}, row, row);
+    // A row added at the end moves no persistent index; with nobody listening (the owner fills
+    // the model with its signals blocked) there is nothing to announce either.
+    const bool announce = !signalsBlocked();
+    if (announce)
+        beginInsertRows({}, row, row);
     m_rows.append({info, {}});
     m_rowOf.insert(info.uid, row);
-    endInsertRows();
+    if (announce)
+        endInsertRows();
     return index(row, 0);
 }
 
