@@ -12,6 +12,7 @@
 #include "requestfilterwidget.h"
 #include "requestinfopanel.h"
 #include "requestmodel.h"
+#include "requestsearchkeys.h"
 #include "requestviewlogging.h"
 #include "searchwidget.h"
 #include "settings.h"
@@ -37,7 +38,7 @@
 #include <QMessageBox>
 #include <QNetworkInterface>
 #include <QTimer>
-#include <QVarLengthArray>
+#include <QtConcurrent/QtConcurrentRun>
 
 using namespace vorandel;
 
@@ -52,12 +53,6 @@ const QString RoleConfirm = QStringLiteral("RL_PASS_REQUESTS_CONFIRM");
 
 const QString KeySubject = QStringLiteral("PT_SUBJECT_ID");
 const QString KeyObjectState = QStringLiteral("PT_OBJECTSTATE");
-const QString KeyWorkerNumber = QStringLiteral("PT_WORKERNUM");
-const QString KeySurname = QStringLiteral("PT_SURNAME");
-const QString KeyName = QStringLiteral("PT_NAME");
-const QString KeyPatronymic = QStringLiteral("PT_PATRONYMIC");
-const QString KeyDateBegin = QStringLiteral("PT_DATE_BEGIN");
-const QString KeyDateEnd = QStringLiteral("PT_DATE_END");
 const QString KeyWay = QStringLiteral("PT_WAY");
 const QString KeyPhoto = QStringLiteral("PT_PHOTO");
 
@@ -74,87 +69,14 @@ constexpr int ColumnConfirmer = 10;
 
 constexpr int FilterRole = Qt::UserRole;
 
-// The date keys of a request as the search index holds them. The stored form is
-// "yyyy-MM-ddThh:mm:ss"; rearranging its digits gives the same text as a round trip through
-// QDateTime at a fraction of the cost, which counts when a hundred thousand requests are indexed.
-QString searchDate(const QString& iso)
-{
-    static const QString Format = QStringLiteral("dd.MM.yyyy hh:mm:ss");
-    if (iso.size() == 19 && iso.at(4) == QLatin1Char('-') && iso.at(7) == QLatin1Char('-')
-        && iso.at(10) == QLatin1Char('T') && iso.at(13) == QLatin1Char(':') && iso.at(16) == QLatin1Char(':')) {
-        const auto number = [&iso](int from, int length, bool* ok) {
-            int value = 0;
-            for (int i = from; i < from + length; ++i) {
-                const QChar c = iso.at(i);
-                if (c < QLatin1Char('0') || c > QLatin1Char('9'))
-                    *ok = false;
-                value = value * 10 + (c.unicode() - '0');
-            }
-            return value;
-        };
-        bool ok = true;
-        const int year = number(0, 4, &ok), month = number(5, 2, &ok), day = number(8, 2, &ok);
-        const int hour = number(11, 2, &ok), minute = number(14, 2, &ok), second = number(17, 2, &ok);
-        if (ok && QDate::isValid(year, month, day) && QTime::isValid(hour, minute, second)) {
-            QString text;
-            text.reserve(19);
-            text.append(iso.midRef(8, 2)).append(QLatin1Char('.')).append(iso.midRef(5, 2)).append(QLatin1Char('.'));
-            text.append(iso.midRef(0, 4)).append(QLatin1Char(' ')).append(iso.midRef(11, 8));
-            return text;
-        }
-    }
-    return QDateTime::fromString(iso, Qt::ISODate).toString(Format);
-}
-
-// What the table's hand-written columns and the search index read of a request's worker.
-struct WorkerText
-{
-    QString number;
-    QString surname;
-    QString name;
-    QString patronymic;
-};
-
-WorkerText workerTextOf(const ObjectInfo& request)
-{
-    const auto& worker =
-        LocalStorage::instance()->constObject(request.parameters.value(KeySubject).toUInt(), SUBJECT_DATANAME).parameters;
-    return {worker.value(KeyWorkerNumber), worker.value(KeySurname), worker.value(KeyName), worker.value(KeyPatronymic)};
-}
-
 // The columns of the worker, which the model doesn't work out itself; a request without a worker
 // keeps the two blanks of the name's format.
-void writeWorkerColumns(RequestModel* model, const QModelIndex& row, const WorkerText& worker)
+void writeWorkerColumns(RequestModel* model, const QModelIndex& row, const RequestSearchKeys::Worker& worker)
 {
     model->setData(row.sibling(row.row(), ColumnWorkerNumber), worker.number, Qt::DisplayRole);
     model->setData(row.sibling(row.row(), ColumnFullName),
                    QStringLiteral("%1 %2 %3").arg(worker.surname, worker.name, worker.patronymic), Qt::DisplayRole);
     model->setData(row.sibling(row.row(), ColumnConfirmer), QString(), Qt::DisplayRole);
-}
-
-using SearchKeys = QVarLengthArray<QString, 8>;
-SearchKeys searchKeysOf(const ObjectInfo& request, const WorkerText& worker);
-
-// Puts a request into the index afresh.
-void reindex(TrieStatic<unsigned int>& index, const ObjectInfo& request, const WorkerText& worker)
-{
-    index.remove(request.uid);
-    for (const QString& key : searchKeysOf(request, worker))
-        index.add(key, request.uid);
-}
-
-// The keys under which the search index holds a request: the names word by word, so that a double
-// surname is found by either part, then the worker's number, the request's number and its dates.
-SearchKeys searchKeysOf(const ObjectInfo& request, const WorkerText& worker)
-{
-    SearchKeys keys;
-    for (const QString* part : {&worker.surname, &worker.name, &worker.patronymic})
-        TrieStatic<unsigned int>::forEachWord(part->toLower(), [&keys](const QString& word) { keys.append(word); });
-    keys.append(worker.number.toLower());
-    keys.append(request.parameters.value(db::pass_request::PASSID).toLower());
-    keys.append(searchDate(request.parameters.value(KeyDateBegin)));
-    keys.append(searchDate(request.parameters.value(KeyDateEnd)));
-    return keys;
 }
 
 bool receiverSet(const TaskInfo& task)
@@ -493,22 +415,25 @@ void RequestView::initModels()
 {
     VDTableView* table = ui->tblRequests;
     d->model = new RequestModel(table);
+    // The search index takes the larger part of the work. A request's own keys are gathered on
+    // another core while the rows are made, and the names, which the rows read anyway, here. Both
+    // sides only read the store, which nothing can change before this function returns to the
+    // event loop.
+    using Search = RequestSearchKeys;
+    QFuture<Search::Index::Batch> gathering;
+    Search::Index::Batch nameKeys;
+    if (d->requests)
+        gathering = QtConcurrent::run(&Search::gatherOwnKeys, d->requests);
     d->model->blockSignals(true);
     if (d->requests) {
-        // The index is empty here: its entries are gathered by key and go in at once.
-        QHash<QString, QVector<unsigned int>> entries;
-        entries.reserve(d->requests->size() * 2);
         for (auto it = d->requests->cbegin(); it != d->requests->cend(); ++it) {
-            const ObjectInfo& request = it.value();
-            const QModelIndex row = d->model->add(request);
-            const WorkerText worker = workerTextOf(request);
-            writeWorkerColumns(d->model, row, worker);
-            for (const QString& key : searchKeysOf(request, worker)) {
-                if (!key.isEmpty())
-                    entries[key].append(request.uid);
-            }
+            const Search::Worker worker = Search::workerOf(it.value());
+            writeWorkerColumns(d->model, d->model->add(it.value()), worker);
+            Search::KeyList keys;
+            Search::appendNameKeys(keys, worker);
+            for (const QString& key : qAsConst(keys))
+                nameKeys.add(key, it.value().uid);
         }
-        d->searchIndex.addAll(std::move(entries));
     }
     d->model->blockSignals(false);
 
@@ -534,6 +459,15 @@ void RequestView::initModels()
     connect(table, &VDTableView::headerStateChanged, this, &RequestView::saveHeaderState);
     restoreHeaderState();
     requestSelectionChanged();
+
+    // The index is empty here: the gathered entries go in at once.
+    if (d->requests) {
+        Search::Index::Batch batch = gathering.result();
+        gathering = {};  // it holds a copy of the batch, which addAll() lets go of piece by piece
+        batch.merge(nameKeys);
+        nameKeys = {};
+        d->searchIndex.addAll(std::move(batch));
+    }
 }
 
 void RequestView::readPassRequestData(QList<TYPE_ID> uids)
@@ -550,9 +484,9 @@ void RequestView::readPassRequestData(QList<TYPE_ID> uids)
             d->searchIndex.remove(uid);
         }
         const QModelIndex row = d->model->add(request);
-        const WorkerText worker = workerTextOf(request);
+        const RequestSearchKeys::Worker worker = RequestSearchKeys::workerOf(request);
         writeWorkerColumns(d->model, row, worker);
-        reindex(d->searchIndex, request, worker);
+        RequestSearchKeys::reindex(d->searchIndex, request, worker);
     }
     updateInfoPanelDelayed();
 }

@@ -11,7 +11,7 @@ QModelIndex ObjectTreeModel::add(const vorandel::ObjectInfo& info)
     const auto it = m_rowOf.constFind(info.uid);
     if (it != m_rowOf.cend()) {
         const int row = it.value();
-        m_rows[row].info = info;
+        m_rows[row] = info;
         emit dataChanged(index(row, 0), index(row, m_columns - 1));
         return index(row, 0);
     }
@@ -21,7 +21,7 @@ QModelIndex ObjectTreeModel::add(const vorandel::ObjectInfo& info)
     const bool announce = !signalsBlocked();
     if (announce)
         beginInsertRows({}, row, row);
-    m_rows.append({info, {}});
+    m_rows.append(info);
     m_rowOf.insert(info.uid, row);
     if (announce)
         endInsertRows();
@@ -37,8 +37,12 @@ void ObjectTreeModel::remove(unsigned int uid)
     beginRemoveRows({}, row, row);
     m_rows.removeAt(row);
     m_rowOf.remove(uid);
+    for (QVector<QVariant>& cells : m_handSet) {
+        if (row < cells.size())
+            cells.removeAt(row);
+    }
     for (int r = row; r < m_rows.size(); ++r)
-        m_rowOf[m_rows.at(r).info.uid] = r;
+        m_rowOf[m_rows.at(r).uid] = r;
     endRemoveRows();
 }
 
@@ -47,6 +51,7 @@ void ObjectTreeModel::clear()
     beginResetModel();
     m_rows.clear();
     m_rowOf.clear();
+    m_handSet.clear();
     endResetModel();
 }
 
@@ -59,8 +64,8 @@ QList<unsigned int> ObjectTreeModel::uniqueKeys() const
 {
     QList<unsigned int> uids;
     uids.reserve(m_rows.size());
-    for (const Row& row : m_rows)
-        uids.append(row.info.uid);
+    for (const vorandel::ObjectInfo& row : m_rows)
+        uids.append(row.uid);
     return uids;
 }
 
@@ -72,12 +77,12 @@ const vorandel::ObjectInfo& ObjectTreeModel::info(const QModelIndex& index) cons
 const vorandel::ObjectInfo& ObjectTreeModel::infoAt(int row) const
 {
     static const vorandel::ObjectInfo invalid;
-    return row >= 0 && row < m_rows.size() ? m_rows.at(row).info : invalid;
+    return row >= 0 && row < m_rows.size() ? m_rows.at(row) : invalid;
 }
 
 unsigned int ObjectTreeModel::uidAt(int row) const
 {
-    return row >= 0 && row < m_rows.size() ? m_rows.at(row).info.uid : 0;
+    return row >= 0 && row < m_rows.size() ? m_rows.at(row).uid : 0;
 }
 
 QModelIndex ObjectTreeModel::indexForUid(unsigned int uid) const
@@ -124,31 +129,31 @@ int ObjectTreeModel::columnCount(const QModelIndex& parent) const
     return parent.isValid() ? 0 : m_columns;
 }
 
-const QVariant* ObjectTreeModel::handSet(const Row& row, int column) const
+const QVariant* ObjectTreeModel::handSet(int row, int column) const
 {
-    for (const auto& cell : row.cells) {
-        if (cell.first == column)
-            return &cell.second;
-    }
-    return nullptr;
+    const auto cells = m_handSet.constFind(column);
+    if (cells == m_handSet.cend() || row >= cells->size())
+        return nullptr;
+    const QVariant& value = cells->at(row);
+    return value.isValid() ? &value : nullptr;
 }
 
 QVariant ObjectTreeModel::data(const QModelIndex& index, int role) const
 {
     if (!index.isValid() || index.model() != this)
         return {};
-    const Row& row = m_rows.at(index.row());
+    const vorandel::ObjectInfo& row = m_rows.at(index.row());
     switch (role) {
     case Qt::DisplayRole:
     case Qt::EditRole:
-        if (const QVariant* value = handSet(row, index.column()))
+        if (const QVariant* value = handSet(index.row(), index.column()))
             return *value;
-        return columnData(row.info, index.column());
+        return columnData(row, index.column());
     case Qt::UserRole:
-        return columnData(row.info, index.column());
+        return columnData(row, index.column());
     case ParametersRole: {
         QVariantHash parameters;
-        for (auto it = row.info.parameters.cbegin(); it != row.info.parameters.cend(); ++it)
+        for (auto it = row.parameters.cbegin(); it != row.parameters.cend(); ++it)
             parameters.insert(it.key(), it.value());
         return parameters;
     }
@@ -161,14 +166,13 @@ bool ObjectTreeModel::setData(const QModelIndex& index, const QVariant& value, i
 {
     if (!index.isValid() || index.model() != this || (role != Qt::DisplayRole && role != Qt::EditRole))
         return false;
-    auto& cells = m_rows[index.row()].cells;
-    if (cells.isEmpty())
-        cells.reserve(3);  // a subclass sets a few cells of a row, not one
-    auto it = std::find_if(cells.begin(), cells.end(), [&](const auto& c) { return c.first == index.column(); });
-    if (it == cells.end())
-        cells.append({index.column(), value});
-    else
-        it->second = value;
+    QVector<QVariant>& cells = m_handSet[index.column()];
+    if (index.row() >= cells.size()) {
+        if (!value.isValid())
+            return true;
+        cells.resize(index.row() + 1);  // grows by doubling as rows are filled top down
+    }
+    cells[index.row()] = value;
     static const QVector<int> roles{Qt::DisplayRole, Qt::EditRole};
     emit dataChanged(index, index, roles);
     return true;

@@ -8,21 +8,10 @@
 #include <QVector>
 
 
-namespace objecttree {
-// A row of ObjectTreeModel: the record and the cells set on it by hand, by column.
-struct Row
-{
-    vorandel::ObjectInfo info;
-    QVector<QPair<int, QVariant>> cells;
-};
-}  // namespace objecttree
-
-// Both members may be moved as bytes, which lets the rows grow in place.
-Q_DECLARE_TYPEINFO(objecttree::Row, Q_MOVABLE_TYPE);
-
 // A list of objects, one row per uid, with as many columns as the subclass says. The row keeps a
 // copy of its record; cells are worked out from it by columnData() at the moment they are read,
-// unless a value was set on the cell by hand.
+// unless a value was set on the cell by hand. Setting an invalid QVariant takes a hand-set value
+// back.
 //
 // Roles: display and edit give the hand-set value or columnData(); Qt::UserRole gives
 // columnData() itself; Qt::UserRole + 1 gives the record's parameters as a QVariantHash.
@@ -66,10 +55,13 @@ public:
     virtual QVariant columnData(const vorandel::ObjectInfo& info, int column) const;
 
 private:
-    using Row = objecttree::Row;
-    const QVariant* handSet(const Row& row, int column) const;
+    const QVariant* handSet(int row, int column) const;
 
-    QVector<Row> m_rows;
+    QVector<vorandel::ObjectInfo> m_rows;
     QHash<unsigned int, int> m_rowOf;
+    // Hand-set values by column, then by row; a column nobody sets has no vector, and a vector
+    // may stop short of the last rows. Kept by column, a subclass that sets a few cells of every
+    // row of a large list costs no allocation per row.
+    QHash<int, QVector<QVariant>> m_handSet;
     int m_columns = 1;
 };

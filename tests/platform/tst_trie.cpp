@@ -77,29 +77,31 @@ private slots:
     }
 
     // The bulk load must leave exactly what adding pair by pair leaves, into an empty index and
-    // into one that holds something already.
+    // into one that holds something already, also when the pairs were gathered in two batches
+    // that share keys.
     void addingAllAtOnceEqualsAddingOneByOne()
     {
-        QHash<QString, QVector<unsigned int>> groups;
         const QStringList keys{QStringLiteral("иванов"), QStringLiteral("иван"), QStringLiteral("п-0001"),
                                QStringLiteral("01.12.2026 09:30:00"), QString(), QStringLiteral("ив")};
-        for (unsigned int value = 1; value <= 40; ++value) {
-            groups[keys.at(value % keys.size())].append(value);
-            groups[keys.at((value * 7) % keys.size())].append(value);  // sometimes the same key twice
-        }
+        TrieStatic<unsigned int>::Batch batch, names;
         TrieStatic<unsigned int> bulk, single, mixed, mixedSingle;
-        bulk.addAll(groups);
         mixed.add(QStringLiteral("иванов"), 99);
         mixedSingle.add(QStringLiteral("иванов"), 99);
-        mixed.addAll(groups);
-        for (auto group = groups.cbegin(); group != groups.cend(); ++group) {
-            for (unsigned int value : group.value()) {
-                single.add(group.key(), value);
-                mixedSingle.add(group.key(), value);
+        for (unsigned int value = 1; value <= 4000; ++value) {
+            // Sometimes the same key twice, and the same key in both batches.
+            for (const QString& key : {keys.at(value % keys.size()), keys.at((value * 7) % keys.size())}) {
+                (key.startsWith(QLatin1String("ив")) && value % 3 ? names : batch).add(key, value);
+                single.add(key, value);
+                mixedSingle.add(key, value);
             }
         }
+        batch.merge(names);
+        bulk.addAll(batch);
+        mixed.addAll(batch);
         QCOMPARE(bulk.words, single.words);
         QCOMPARE(mixed.words, mixedSingle.words);
+        QCOMPARE(bulk.keysOf.size(), single.keysOf.size());
+        QCOMPARE(mixed.keysOf.size(), mixedSingle.keysOf.size());
         for (const TrieStatic<unsigned int>* trie : {&bulk, &mixed}) {
             checkInvariants(*trie);
             QVERIFY(!trie->words.contains(QString()));
