@@ -37,9 +37,11 @@ void ObjectTreeModel::remove(unsigned int uid)
     beginRemoveRows({}, row, row);
     m_rows.removeAt(row);
     m_rowOf.remove(uid);
-    for (QVector<QVariant>& cells : m_handSet) {
-        if (row < cells.size())
-            cells.removeAt(row);
+    for (HandSetColumn& column : m_handSet) {
+        if (row < column.values.size()) {
+            column.values.removeAt(row);
+            column.isSet.erase(column.isSet.begin() + row);
+        }
     }
     for (int r = row; r < m_rows.size(); ++r)
         m_rowOf[m_rows.at(r).uid] = r;
@@ -132,10 +134,9 @@ int ObjectTreeModel::columnCount(const QModelIndex& parent) const
 const QVariant* ObjectTreeModel::handSet(int row, int column) const
 {
     const auto cells = m_handSet.constFind(column);
-    if (cells == m_handSet.cend() || row >= cells->size())
+    if (cells == m_handSet.cend() || row >= cells->values.size() || !cells->isSet[size_t(row)])
         return nullptr;
-    const QVariant& value = cells->at(row);
-    return value.isValid() ? &value : nullptr;
+    return &cells->values.at(row);
 }
 
 QVariant ObjectTreeModel::data(const QModelIndex& index, int role) const
@@ -166,13 +167,13 @@ bool ObjectTreeModel::setData(const QModelIndex& index, const QVariant& value, i
 {
     if (!index.isValid() || index.model() != this || (role != Qt::DisplayRole && role != Qt::EditRole))
         return false;
-    QVector<QVariant>& cells = m_handSet[index.column()];
-    if (index.row() >= cells.size()) {
-        if (!value.isValid())
-            return true;
-        cells.resize(index.row() + 1);  // grows by doubling as rows are filled top down
+    HandSetColumn& cells = m_handSet[index.column()];
+    if (index.row() >= cells.values.size()) {
+        cells.values.resize(index.row() + 1);  // grows by doubling as rows are filled top down
+        cells.isSet.resize(size_t(index.row()) + 1);
     }
-    cells[index.row()] = value;
+    cells.values[index.row()] = value;
+    cells.isSet[size_t(index.row())] = true;
     static const QVector<int> roles{Qt::DisplayRole, Qt::EditRole};
     emit dataChanged(index, index, roles);
     return true;

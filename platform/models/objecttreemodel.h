@@ -7,11 +7,12 @@
 #include <QHash>
 #include <QVector>
 
+#include <vector>
+
 
 // A list of objects, one row per uid, with as many columns as the subclass says. The row keeps a
 // copy of its record; cells are worked out from it by columnData() at the moment they are read,
-// unless a value was set on the cell by hand. Setting an invalid QVariant takes a hand-set value
-// back.
+// unless a value was set on the cell by hand.
 //
 // Roles: display and edit give the hand-set value or columnData(); Qt::UserRole gives
 // columnData() itself; Qt::UserRole + 1 gives the record's parameters as a QVariantHash.
@@ -59,9 +60,14 @@ private:
 
     QVector<vorandel::ObjectInfo> m_rows;
     QHash<unsigned int, int> m_rowOf;
-    // Hand-set values by column, then by row; a column nobody sets has no vector, and a vector
-    // may stop short of the last rows. Kept by column, a subclass that sets a few cells of every
-    // row of a large list costs no allocation per row.
-    QHash<int, QVector<QVariant>> m_handSet;
+    // Hand-set values of one column by row; the vectors may stop short of the last rows. Kept by
+    // column, a subclass that sets a few cells of every row of a large list costs no allocation
+    // per row.
+    struct HandSetColumn
+    {
+        QVector<QVariant> values;
+        std::vector<bool> isSet;  // an invalid value may be set by hand too
+    };
+    QHash<int, HandSetColumn> m_handSet;  // a column nobody sets has none
     int m_columns = 1;
 };

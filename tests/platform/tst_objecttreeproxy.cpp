@@ -87,6 +87,26 @@ class TestObjectTreeProxy : public QObject
     }
 
 private slots:
+    // The source keeps hand-set cells apart from its rows: they must move with their rows when one
+    // goes, and a value set by hand, even an invalid one, hides what the record would give.
+    void handSetCellsStayWithTheirRows()
+    {
+        Model model;
+        for (TYPE_ID uid = 1; uid <= 4; ++uid)
+            model.add(object(uid, 0, int(uid), QStringLiteral("n%1").arg(uid)));
+        model.setData(model.indexForUid(2).sibling(1, 3), QStringLiteral("second"));
+        model.setData(model.indexForUid(4).sibling(3, 3), QVariant());
+        model.setData(model.indexForUid(4).sibling(3, 1), QStringLiteral("fourth"));
+        model.remove(1);
+        QCOMPARE(model.indexForUid(2).siblingAtColumn(3).data().toString(), QStringLiteral("second"));
+        QCOMPARE(model.indexForUid(3).siblingAtColumn(3).data().toString(), QStringLiteral("n3"));
+        QVERIFY(!model.indexForUid(4).siblingAtColumn(3).data().isValid());
+        QCOMPARE(model.indexForUid(4).siblingAtColumn(1).data().toString(), QStringLiteral("fourth"));
+        QCOMPARE(model.indexForUid(4).siblingAtColumn(1).data(Qt::UserRole).toString(), QStringLiteral("0"));
+        model.add(object(5, 0, 5, QStringLiteral("n5")));  // a new row has nothing set by hand
+        QCOMPARE(model.indexForUid(5).siblingAtColumn(3).data().toString(), QStringLiteral("n5"));
+    }
+
     void emptyUidSetShowsNothingAndUnsetShowsAll()
     {
         Model model;
