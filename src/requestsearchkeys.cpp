@@ -17,16 +17,16 @@ const QString KeyPatronymic = QStringLiteral("PT_PATRONYMIC");
 const QString KeyDateBegin = QStringLiteral("PT_DATE_BEGIN");
 const QString KeyDateEnd = QStringLiteral("PT_DATE_END");
 
-const ObjectInfo& workerRecordOf(const LocalStorage* store, const ObjectInfo& request)
-{
-    return store->constObject(request.parameters.value(KeySubject).toUInt(), SUBJECT_DATANAME);
-}
-
 }  // namespace
 
-RequestSearchKeys::Worker RequestSearchKeys::workerOf(const ObjectInfo& request)
+unsigned int RequestSearchKeys::workerIdOf(const ObjectInfo& request)
 {
-    const auto& worker = workerRecordOf(LocalStorage::instance(), request).parameters;
+    return request.parameters.value(KeySubject).toUInt();
+}
+
+RequestSearchKeys::Worker RequestSearchKeys::workerOf(unsigned int workerId)
+{
+    const auto& worker = LocalStorage::instance()->constObject(workerId, SUBJECT_DATANAME).parameters;
     return {worker.value(KeyWorkerNumber), worker.value(KeySurname), worker.value(KeyName), worker.value(KeyPatronymic)};
 }
 
@@ -63,7 +63,8 @@ RequestSearchKeys::Index::Batch RequestSearchKeys::gatherOwnKeys(const OBJECT_HA
     for (auto it = requests->cbegin(); it != requests->cend(); ++it) {
         const ObjectInfo& request = it.value();
         KeyList keys;
-        appendOwnKeys(keys, request, workerRecordOf(store, request).parameters.value(KeyWorkerNumber));
+        const ObjectInfo& worker = store->constObject(workerIdOf(request), SUBJECT_DATANAME);
+        appendOwnKeys(keys, request, worker.parameters.value(KeyWorkerNumber));
         for (const QString& key : qAsConst(keys))
             batch.add(key, request.uid);
     }

@@ -26,7 +26,8 @@ public:
         QString name;
         QString patronymic;
     };
-    static Worker workerOf(const vorandel::ObjectInfo& request);
+    static unsigned int workerIdOf(const vorandel::ObjectInfo& request);
+    static Worker workerOf(unsigned int workerId);
 
     static void appendNameKeys(KeyList& keys, const Worker& worker);
     static void appendOwnKeys(KeyList& keys, const vorandel::ObjectInfo& request, const QString& workerNumber);

@@ -69,13 +69,23 @@ constexpr int ColumnConfirmer = 10;
 
 constexpr int FilterRole = Qt::UserRole;
 
-// The columns of the worker, which the model doesn't work out itself; a request without a worker
-// keeps the two blanks of the name's format.
-void writeWorkerColumns(RequestModel* model, const QModelIndex& row, const RequestSearchKeys::Worker& worker)
+// What a row shows of its worker, which the model doesn't work out itself; a request without a
+// worker keeps the two blanks of the name's format.
+struct WorkerColumns
+{
+    explicit WorkerColumns(const RequestSearchKeys::Worker& worker)
+        : number(worker.number),
+          fullName(QStringLiteral("%1 %2 %3").arg(worker.surname, worker.name, worker.patronymic))
+    {
+    }
+    QString number;
+    QString fullName;
+};
+
+void writeWorkerColumns(RequestModel* model, const QModelIndex& row, const WorkerColumns& worker)
 {
     model->setData(row.sibling(row.row(), ColumnWorkerNumber), worker.number, Qt::DisplayRole);
-    model->setData(row.sibling(row.row(), ColumnFullName),
-                   QStringLiteral("%1 %2 %3").arg(worker.surname, worker.name, worker.patronymic), Qt::DisplayRole);
+    model->setData(row.sibling(row.row(), ColumnFullName), worker.fullName, Qt::DisplayRole);
     model->setData(row.sibling(row.row(), ColumnConfirmer), QString(), Qt::DisplayRole);
 }
 
@@ -426,12 +436,24 @@ void RequestView::initModels()
         gathering = QtConcurrent::run(&Search::gatherOwnKeys, d->requests);
     d->model->blockSignals(true);
     if (d->requests) {
+        // A worker has several requests: what his rows and keys take of him is worked out once.
+        struct KnownWorker
+        {
+            WorkerColumns columns;
+            Search::KeyList nameKeys;
+        };
+        QHash<unsigned int, KnownWorker> workers;
         for (auto it = d->requests->cbegin(); it != d->requests->cend(); ++it) {
-            const Search::Worker worker = Search::workerOf(it.value());
-            writeWorkerColumns(d->model, d->model->add(it.value()), worker);
-            Search::KeyList keys;
-            Search::appendNameKeys(keys, worker);
-            for (const QString& key : qAsConst(keys))
+            const unsigned int workerId = Search::workerIdOf(it.value());
+            auto known = workers.constFind(workerId);
+            if (known == workers.cend()) {
+                const Search::Worker worker = Search::workerOf(workerId);
+                Search::KeyList keys;
+                Search::appendNameKeys(keys, worker);
+                known = workers.insert(workerId, {WorkerColumns(worker), keys});
+            }
+            writeWorkerColumns(d->model, d->model->add(it.value()), known->columns);
+            for (const QString& key : known->nameKeys)
                 nameKeys.add(key, it.value().uid);
         }
     }
@@ -484,8 +506,8 @@ void RequestView::readPassRequestData(QList<TYPE_ID> uids)
             d->searchIndex.remove(uid);
         }
         const QModelIndex row = d->model->add(request);
-        const RequestSearchKeys::Worker worker = RequestSearchKeys::workerOf(request);
-        writeWorkerColumns(d->model, row, worker);
+        const RequestSearchKeys::Worker worker = RequestSearchKeys::workerOf(RequestSearchKeys::workerIdOf(request));
+        writeWorkerColumns(d->model, row, WorkerColumns(worker));
         RequestSearchKeys::reindex(d->searchIndex, request, worker);
     }
     updateInfoPanelDelayed();
