@@ -55,13 +55,28 @@ void ObjectTreeProxy::setFilterUids(const QSet<unsigned int>& uids)
     // Sets handed on unchanged share their data, and compare in no time.
     if (m_uidFilterActive && uids == m_uids)
         return;
+    // A search and then its end hand back the set that was there before. While nothing else has
+    // changed, the rows that set let through are known without a lookup per row.
+    const bool back = m_previous.valid && uids.size() == m_previous.uids.size() && uids == m_previous.uids;
+    Previous before{m_uids, m_accepted, m_uidFilterActive};
     m_uids = uids;
     m_uidFilterActive = true;
-    invalidateFilter();
+    if (back) {
+        QVector<int> changed;
+        for (int row = 0, rows = int(m_accepted.size()); row < rows; ++row) {
+            if (m_accepted[size_t(row)] != m_previous.accepted[size_t(row)])
+                changed.append(row);
+        }
+        publishChanged(changed);
+    } else {
+        refilter({}, true);
+    }
+    m_previous = std::move(before);
 }
 
 void ObjectTreeProxy::addFilterUids(const QSet<unsigned int>& uids)
 {
+    m_previous = {};
     m_uids.unite(uids);
     if (!m_uidFilterActive) {
         m_uidFilterActive = true;
@@ -81,6 +96,7 @@ void ObjectTreeProxy::addFilterUids(const QSet<unsigned int>& uids)
 
 void ObjectTreeProxy::removeFilterUids(const QSet<unsigned int>& uids)
 {
+    m_previous = {};
     m_uids.subtract(uids);
     if (!m_uidFilterActive) {
         m_uidFilterActive = true;
@@ -139,6 +155,7 @@ void ObjectTreeProxy::setFilterRole(int role)
 
 void ObjectTreeProxy::invalidateFilter()
 {
+    m_previous = {};
     refilter({}, true);
 }
 
@@ -178,6 +195,11 @@ void ObjectTreeProxy::refilter(const QVector<int>& rows, bool all)
         if (bool(m_accepted[row]) != filterAcceptsRow(row))
             changed.append(row);
     }
+    publishChanged(changed);
+}
+
+void ObjectTreeProxy::publishChanged(const QVector<int>& changed)
+{
     if (changed.isEmpty())
         return;
     if (changed.size() <= SmallChange) {
@@ -328,6 +350,7 @@ int ObjectTreeProxy::newPlace(const QVector<int>& list, int at) const
 
 void ObjectTreeProxy::rebuildAll()
 {
+    m_previous = {};
     const int rows = sourceModel() ? sourceModel()->rowCount() : 0;
     m_accepted.assign(size_t(rows), 0);
     for (int row = 0; row < rows; ++row)
@@ -475,6 +498,7 @@ void ObjectTreeProxy::onDataChanged(const QModelIndex& topLeft, const QModelInde
 {
     if (!topLeft.isValid() || topLeft.parent().isValid() || m_resetting)
         return;
+    m_previous = {};
     const int first = topLeft.row();
     const int last = qMin(bottomRight.row(), int(m_accepted.size()) - 1);
     const bool keyMayChange = m_keysValid && m_sortColumn >= topLeft.column() && m_sortColumn <= bottomRight.column()
@@ -501,6 +525,7 @@ void ObjectTreeProxy::onRowsInserted(const QModelIndex& parent, int first, int l
 {
     if (parent.isValid() || m_resetting)
         return;
+    m_previous = {};
     if (first != int(m_accepted.size())) {
         // Rows in the middle renumber the source rows behind them: start afresh.
         beginResetModel();

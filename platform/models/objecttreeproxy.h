@@ -103,6 +103,8 @@ private:
     void changeLayout(const std::function<void()>& change, LayoutChangeHint hint = NoLayoutChangeHint);
     // Re-examines the given source rows (all with `all`) and publishes what changed.
     void refilter(const QVector<int>& rows, bool all);
+    // Turns over the acceptance of the given source rows and tells the views.
+    void publishChanged(const QVector<int>& changed);
     void updateRow(int sourceRow, bool keyMayChange, int firstColumn, int lastColumn,
                    const QVector<int>& roles);
     void showRow(int sourceRow);
@@ -148,5 +150,14 @@ private:
     QVector<int> m_proxyToSource;     // the rows that pass, in that order
     QVector<int> m_sourceToProxy;     // -1 for a row that doesn't pass
     std::vector<char> m_accepted;     // by source row
+    // The uid set before the present one and what it let through, while only the uid set has
+    // changed since.
+    struct Previous
+    {
+        QSet<unsigned int> uids;
+        std::vector<char> accepted;
+        bool valid = false;
+    };
+    Previous m_previous;
     bool m_resetting = false;
 };

@@ -125,6 +125,37 @@ private slots:
         QCOMPARE(proxy.filterResult(), QSet<unsigned int>{4});
     }
 
+    // Ending a search hands back the set from before it: rows that changed meanwhile must show as
+    // they are now, not as they were when that set was last applied.
+    void theSetBeforeASearchSeesChangesMadeMeanwhile()
+    {
+        Model model;
+        QSet<unsigned int> all;
+        for (TYPE_ID uid = 1; uid <= 40; ++uid) {
+            model.add(object(uid, int(uid % 2), int(uid), QStringLiteral("n")));
+            all.insert(uid);
+        }
+        ObjectTreeProxy proxy;
+        proxy.setSourceModel(&model);
+        proxy.setColumnFilter(1, {QStringLiteral("1")});
+        const QSet<unsigned int> found{1, 2};
+        proxy.setFilterUids(all);
+        proxy.setFilterUids(found);
+        model.add(object(3, 0, 3, QStringLiteral("n")));
+        model.add(object(4, 1, 4, QStringLiteral("n")));
+        proxy.setFilterUids(all);
+        QSet<unsigned int> want{4};
+        for (TYPE_ID uid = 5; uid <= 40; uid += 2)
+            want.insert(uid);
+        want.insert(1);
+        const QList<TYPE_ID> shown = shownUids(proxy);
+        QCOMPARE(QSet<unsigned int>(shown.cbegin(), shown.cend()), want);
+
+        proxy.setFilterUids(found);
+        proxy.setFilterUids(all);  // nothing changed meanwhile this time
+        QCOMPARE(shownUids(proxy), shown);
+    }
+
     void columnAndParameterFilters()
     {
         Model model;
@@ -162,18 +193,24 @@ private slots:
         for (TYPE_ID uid = 1; uid <= 300; ++uid)
             model.add(object(uid, random.bounded(6), random.bounded(40), names.at(random.bounded(names.size()))));
 
-        QSet<unsigned int> uids;
+        QSet<unsigned int> uids, previousUids;
         bool uidFilter = false;
         QStringList states;
         int column = -1;
         Qt::SortOrder order = Qt::AscendingOrder;
         for (int step = 0; step < 400; ++step) {
             switch (random.bounded(7)) {
-            case 0: {  // a new uid set, small or large
-                uids.clear();
-                const int size = random.bounded(2) ? random.bounded(10) : 150 + random.bounded(150);
-                for (int i = 0; i < size; ++i)
-                    uids.insert(1 + random.bounded(320));
+            case 0: {  // a new uid set, small or large; or the one before again, as when a search ends
+                const QSet<unsigned int> before = uids;
+                if (uidFilter && random.bounded(3) == 0) {
+                    uids = previousUids;
+                } else {
+                    uids.clear();
+                    const int size = random.bounded(2) ? random.bounded(10) : 150 + random.bounded(150);
+                    for (int i = 0; i < size; ++i)
+                        uids.insert(1 + random.bounded(320));
+                }
+                previousUids = before;
                 uidFilter = true;
                 proxy.setFilterUids(uids);
                 break;
