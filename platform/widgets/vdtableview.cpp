@@ -54,6 +54,9 @@ VDTableView::VDTableView(QWidget* parent)
     : QTableView(parent), m_headerMenu(new QMenu(this)), m_stateDelay(new QTimer(this))
 {
     setVerticalHeader(new VDRowHeaderView(this));
+    // Rows are one line high: a text that doesn't fit is cut at its end, not wrapped after its
+    // first word.
+    setWordWrap(false);
 
     m_stateDelay->setSingleShot(true);
     m_stateDelay->setInterval(StateDelayMsecs);
