@@ -160,6 +160,7 @@ void VDTableView::setModel(QAbstractItemModel* model)
     }
     m_rowHeight = -1;
     adoptRowHeight();
+    m_wantedWidths.clear();
     m_restored = false;
     applyHiddenByDefault();
     updateHeaderMenu();
