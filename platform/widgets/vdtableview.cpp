@@ -253,6 +253,9 @@ void VDTableView::applyHiddenByDefault()
 
 void VDTableView::fallBackToDefaults()
 {
+    // Whatever the owner set up before asking for the saved layout is part of the defaults, not
+    // a change of the operator's to keep.
+    m_stateDelay->stop();
     m_restored = false;
     applyHiddenByDefault();
     m_autoFit = true;

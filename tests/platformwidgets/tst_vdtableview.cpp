@@ -100,6 +100,16 @@ private slots:
         // Restoring is not the operator's doing.
         QTest::qWait(400);
         QCOMPARE(changed.count(), 0);
+
+        // Nor is what the owner sets up before it finds no saved layout.
+        VDTableView fresh;
+        fresh.setModel(&model);
+        fresh.setSortingEnabled(true);
+        QSignalSpy freshChanged(&fresh, &VDTableView::headerStateChanged);
+        fresh.horizontalHeader()->setSortIndicator(2, Qt::DescendingOrder);
+        fresh.restoreHeaderState({});
+        QTest::qWait(400);
+        QCOMPARE(freshChanged.count(), 0);
     }
 
     // The owner keeps the layout only if it hears of it: once per change, however many steps.
