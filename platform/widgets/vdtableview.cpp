@@ -136,7 +136,6 @@ void VDTableView::restoreHeaderState(const QByteArray& state)
         horizontalHeader()->restoreState(state);
     }
     m_restored = true;
-    m_autoFit = false;
     m_stateDelay->stop();
     m_publishedState = headerState();
     updateHeaderMenu();
@@ -160,7 +159,6 @@ void VDTableView::setModel(QAbstractItemModel* model)
     }
     m_rowHeight = -1;
     adoptRowHeight();
-    m_wantedWidths.clear();
     m_restored = false;
     applyHiddenByDefault();
     updateHeaderMenu();
@@ -222,18 +220,6 @@ void VDTableView::changeEvent(QEvent* event)
     QTableView::changeEvent(event);
 }
 
-void VDTableView::showEvent(QShowEvent* event)
-{
-    QTableView::showEvent(event);
-    fitShownColumns();
-}
-
-void VDTableView::resizeEvent(QResizeEvent* event)
-{
-    QTableView::resizeEvent(event);
-    fitShownColumns();
-}
-
 void VDTableView::hideEvent(QHideEvent* event)
 {
     // The window may be on its way to close: what the operator last did must not wait.
@@ -258,39 +244,7 @@ void VDTableView::fallBackToDefaults()
     m_stateDelay->stop();
     m_restored = false;
     applyHiddenByDefault();
-    m_autoFit = true;
-    m_wantedWidths.clear();
-    fitShownColumns();
     updateHeaderMenu();
-}
-
-void VDTableView::fitShownColumns()
-{
-    if (!m_autoFit || !isVisible() || !model())
-        return;
-    QHeaderView* header = horizontalHeader();
-    if (m_wantedWidths.isEmpty()) {
-        // A few rows stand for a list of any length, and no column asks for the whole table.
-        constexpr int SampleRows = 100;
-        constexpr int WidestColumn = 320;
-        const int precision = header->resizeContentsPrecision();
-        header->setResizeContentsPrecision(SampleRows);
-        for (int column = 0; column < header->count(); ++column) {
-            if (!isColumnHidden(column)) {
-                const int wanted = qMax(sizeHintForColumn(column), header->sectionSizeHint(column));
-                m_wantedWidths.append({column, qMin(wanted, WidestColumn)});
-            }
-        }
-        header->setResizeContentsPrecision(precision);
-    }
-    int wanted = 0;
-    for (const auto& column : qAsConst(m_wantedWidths))
-        wanted += column.second;
-    // Too wide for the table: every column gives up the same part of its width.
-    const double scale = wanted > viewport()->width() ? double(viewport()->width()) / wanted : 1.0;
-    QScopedValueRollback<bool> quiet(m_quiet, true);
-    for (const auto& column : qAsConst(m_wantedWidths))
-        header->resizeSection(column.first, qMax(header->minimumSectionSize(), int(column.second * scale)));
 }
 
 void VDTableView::updateHeaderMenu()
@@ -336,7 +290,6 @@ void VDTableView::noteSectionResized(int section)
         --last;
     if (m_quiet || (header->stretchLastSection() && header->visualIndex(section) == last))
         return;
-    m_autoFit = false;
     noteHeaderChange();
 }
 

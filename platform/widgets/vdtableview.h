@@ -4,17 +4,13 @@
 
 #include <QByteArray>
 #include <QList>
-#include <QPair>
 #include <QTableView>
-#include <QVector>
 
 class QMenu;
 class QTimer;
 
 // The console's table: a header menu that shows and hides columns, columns that start hidden
-// until the operator shows them, and a header state that the owner keeps between runs. Until
-// there is such a state, or the operator changes the header, the shown columns share the table's
-// width in proportion to what their titles and first rows need.
+// until the operator shows them, and a header state that the owner keeps between runs.
 //
 // Rows are one line high. The table measures that height once instead of once per row, and its
 // row header measures each label length once, so that a hundred thousand rows sized to their
@@ -50,14 +46,11 @@ signals:
 
 protected:
     void changeEvent(QEvent* event) override;
-    void showEvent(QShowEvent* event) override;
-    void resizeEvent(QResizeEvent* event) override;
     void hideEvent(QHideEvent* event) override;
 
 private:
     void applyHiddenByDefault();
     void fallBackToDefaults();
-    void fitShownColumns();
     void updateHeaderMenu();
     void showHeaderMenu(const QPoint& pos);
     void noteHeaderChange();
@@ -71,10 +64,6 @@ private:
     QByteArray m_publishedState;
     bool m_quiet = false;     // the header changes by our own hand, not the operator's
     bool m_restored = false;  // the header shows a restored state rather than the defaults
-    // The defaults follow the table's width until the operator changes the header; the widths the
-    // shown columns would like are measured once.
-    bool m_autoFit = false;
-    QVector<QPair<int, int>> m_wantedWidths;  // column, width
     int measureRowHeight(int row) const;
     void adoptRowHeight();
 
