@@ -151,8 +151,7 @@ void RequestInfoPanel::showRequestInfo(const QModelIndex& index)
     const ObjectInfo request = storage->constObject(uid, vorandel::PASS_REQUEST_DATANAME);
     const ObjectInfo creator =
         storage->constObject(request.parameters.value(db::pass_request::CREATOR).toUInt(), vorandel::USER_DATANAME);
-    const ObjectInfo worker = storage->constObject(request.parameters.value(QStringLiteral("PT_SUBJECT_ID")).toUInt(),
-                                                   vorandel::SUBJECT_DATANAME);
+    const ObjectInfo worker = RequestModel::workerOf(request);
     const QString creatorText = creator.isValid() ? RequestModel::userText(creator) : QString();
 
     ui->textBrowser->clear();

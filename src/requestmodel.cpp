@@ -73,12 +73,6 @@ const ObjectInfo& user(vorandel::TYPE_ID uid)
     return LocalStorage::instance()->constObject(uid, vorandel::USER_DATANAME);
 }
 
-const ObjectInfo& workerOf(const ObjectInfo& request)
-{
-    return LocalStorage::instance()->constObject(request.parameters.value(QStringLiteral("PT_SUBJECT_ID")).toUInt(),
-                                                 vorandel::SUBJECT_DATANAME);
-}
-
 const ObjectInfo& creatorOf(const ObjectInfo& request)
 {
     return user(request.parameters.value(db::pass_request::CREATOR).toUInt());
@@ -289,6 +283,12 @@ QColor RequestModel::backgroundByStatus(int status) const
     default:
         return {};
     }
+}
+
+const ObjectInfo& RequestModel::workerOf(const ObjectInfo& request)
+{
+    return LocalStorage::instance()->constObject(request.parameters.value(QStringLiteral("PT_SUBJECT_ID")).toUInt(),
+                                                 vorandel::SUBJECT_DATANAME);
 }
 
 QString RequestModel::userText(const ObjectInfo& user)

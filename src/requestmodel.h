@@ -59,6 +59,9 @@ public:
 
     // Rules of a request that the information card shares with the table.
 
+    // The worker that a request is for ("PT_SUBJECT_ID"); an invalid record when he is not in
+    // the store.
+    static const vorandel::ObjectInfo& workerOf(const vorandel::ObjectInfo& request);
     // A console user as the operator knows him: his login, and his full name in brackets when
     // his record has one.
     static QString userText(const vorandel::ObjectInfo& user);

@@ -1,7 +1,7 @@
 #include "requestsearchkeys.h"
 
 #include "constants.h"
-#include "localstorage.h"
+#include "requestmodel.h"
 
 #include <QDateTime>
 
@@ -9,7 +9,6 @@ using namespace vorandel;
 
 namespace {
 
-const QString KeySubject = QStringLiteral("PT_SUBJECT_ID");
 const QString KeyWorkerNumber = QStringLiteral("PT_WORKERNUM");
 const QString KeySurname = QStringLiteral("PT_SURNAME");
 const QString KeyName = QStringLiteral("PT_NAME");
@@ -19,14 +18,14 @@ const QString KeyDateEnd = QStringLiteral("PT_DATE_END");
 
 }  // namespace
 
-unsigned int RequestSearchKeys::workerIdOf(const ObjectInfo& request)
+RequestSearchKeys::Worker RequestSearchKeys::workerOf(const ObjectInfo& request)
 {
-    return request.parameters.value(KeySubject).toUInt();
+    return texts(RequestModel::workerOf(request));
 }
 
-RequestSearchKeys::Worker RequestSearchKeys::workerOf(unsigned int workerId)
+RequestSearchKeys::Worker RequestSearchKeys::texts(const ObjectInfo& workerRecord)
 {
-    const auto& worker = LocalStorage::instance()->constObject(workerId, SUBJECT_DATANAME).parameters;
+    const auto& worker = workerRecord.parameters;
     return {worker.value(KeyWorkerNumber), worker.value(KeySurname), worker.value(KeyName), worker.value(KeyPatronymic)};
 }
 
@@ -56,15 +55,13 @@ void RequestSearchKeys::reindex(Index& index, const ObjectInfo& request, const W
 
 RequestSearchKeys::Index::Batch RequestSearchKeys::gatherOwnKeys(const OBJECT_HASH* requests)
 {
-    const LocalStorage* store = LocalStorage::instance();
     Index::Batch batch;
     // Most of these keys belong to one request: its number and its dates.
     batch.reserve(requests->size() * 2, requests->size() * 4);
     for (auto it = requests->cbegin(); it != requests->cend(); ++it) {
         const ObjectInfo& request = it.value();
         KeyList keys;
-        const ObjectInfo& worker = store->constObject(workerIdOf(request), SUBJECT_DATANAME);
-        appendOwnKeys(keys, request, worker.parameters.value(KeyWorkerNumber));
+        appendOwnKeys(keys, request, RequestModel::workerOf(request).parameters.value(KeyWorkerNumber));
         for (const QString& key : qAsConst(keys))
             batch.add(key, request.uid);
     }

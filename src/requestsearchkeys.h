@@ -26,8 +26,8 @@ public:
         QString name;
         QString patronymic;
     };
-    static unsigned int workerIdOf(const vorandel::ObjectInfo& request);
-    static Worker workerOf(unsigned int workerId);
+    static Worker workerOf(const vorandel::ObjectInfo& request);
+    static Worker texts(const vorandel::ObjectInfo& workerRecord);
 
     static void appendNameKeys(KeyList& keys, const Worker& worker);
     static void appendOwnKeys(KeyList& keys, const vorandel::ObjectInfo& request, const QString& workerNumber);

@@ -444,13 +444,13 @@ void RequestView::initModels()
         };
         QHash<unsigned int, KnownWorker> workers;
         for (auto it = d->requests->cbegin(); it != d->requests->cend(); ++it) {
-            const unsigned int workerId = Search::workerIdOf(it.value());
-            auto known = workers.constFind(workerId);
+            const ObjectInfo& record = RequestModel::workerOf(it.value());
+            auto known = workers.constFind(record.uid);
             if (known == workers.cend()) {
-                const Search::Worker worker = Search::workerOf(workerId);
+                const Search::Worker worker = Search::texts(record);
                 Search::KeyList keys;
                 Search::appendNameKeys(keys, worker);
-                known = workers.insert(workerId, {WorkerColumns(worker), keys});
+                known = workers.insert(record.uid, {WorkerColumns(worker), keys});
             }
             writeWorkerColumns(d->model, d->model->add(it.value()), known->columns);
             for (const QString& key : known->nameKeys)
@@ -506,7 +506,7 @@ void RequestView::readPassRequestData(QList<TYPE_ID> uids)
             d->searchIndex.remove(uid);
         }
         const QModelIndex row = d->model->add(request);
-        const RequestSearchKeys::Worker worker = RequestSearchKeys::workerOf(RequestSearchKeys::workerIdOf(request));
+        const RequestSearchKeys::Worker worker = RequestSearchKeys::workerOf(request);
         writeWorkerColumns(d->model, row, WorkerColumns(worker));
         RequestSearchKeys::reindex(d->searchIndex, request, worker);
     }
@@ -559,8 +559,7 @@ void RequestView::requestSelectionChanged()
     bool allActive = true;
     for (const QModelIndex& row : rows) {
         const ObjectInfo& request = d->model->info(d->proxy->mapToSource(row));
-        const ObjectInfo& worker =
-            LocalStorage::instance()->constObject(request.parameters.value(KeySubject).toUInt(), SUBJECT_DATANAME);
+        const ObjectInfo& worker = RequestModel::workerOf(request);
         if (worker.parameters.value(KeyObjectState).toLower() == QLatin1String("d")) {
             dismissed = true;
             break;
