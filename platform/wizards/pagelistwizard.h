@@ -1,0 +1,31 @@
+#pragma once
+
+#include "vdplatform_export.h"
+
+#include <QWizard>
+
+class QListWidget;
+
+// A wizard with the list of its pages beside them, the current one marked, so that the
+// operator sees where he stands and what follows. Whenever the current page changes it calls
+// showButtons(id), which a subclass overrides to lay out its buttons for that page and then
+// calls here.
+class VDPLATFORM_EXPORT PageListWizard : public QWizard
+{
+    Q_OBJECT
+public:
+    explicit PageListWizard(QWidget* parent = nullptr);
+    ~PageListWizard() override;
+
+    // The list beside the pages (for tests and for the look of a subclass).
+    QListWidget* pageList() const { return m_pageList; }
+
+protected slots:
+    // Brings the page list up to date with page `id` as the current one.
+    virtual void showButtons(int id);
+
+private:
+    void fillPageList(int currentId);
+
+    QListWidget* m_pageList = nullptr;
+};
