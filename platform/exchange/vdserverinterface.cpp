@@ -2,6 +2,7 @@
 
 #include "exchangetransport.h"
 #include "platformlogging.h"
+#include "processwide.h"
 #include "vddatastream.h"
 #include "vdplugininterface.h"
 
@@ -9,15 +10,7 @@
 #include <QPointer>
 #include <QThread>
 
-#include <memory>
-
 namespace {
-std::unique_ptr<VDServerInterface>& storage()
-{
-    static std::unique_ptr<VDServerInterface> server;
-    return server;
-}
-
 const QString LocalPluginsInfo = QStringLiteral("exchange.local_plugins_info");
 
 // Runs `fn` in a later turn of the GUI thread's event loop.
@@ -29,10 +22,7 @@ void later(QObject* context, std::function<void()> fn)
 
 VDServerInterface* VDServerInterface::instance(bool create)
 {
-    auto& server = storage();
-    if (!server && create)
-        server.reset(new VDServerInterface);
-    return server.get();
+    return ProcessWide<VDServerInterface>::get(create, [] { return new VDServerInterface; });
 }
 
 VDServerInterface::VDServerInterface() = default;

@@ -3,18 +3,13 @@
 #include "constants.h"
 #include "objecttreemodel.h"
 #include "platformlogging.h"
+#include "processwide.h"
 
 #include <QCryptographicHash>
 
 namespace vorandel {
 
 namespace {
-std::unique_ptr<LocalStorage>& storage()
-{
-    static std::unique_ptr<LocalStorage> instance;
-    return instance;
-}
-
 // One worker's entries in the index of that name.
 void indexWorker(const QString& name, TrieStatic<unsigned int>& trie, const ObjectInfo& worker)
 {
@@ -27,10 +22,7 @@ void indexWorker(const QString& name, TrieStatic<unsigned int>& trie, const Obje
 
 LocalStorage* LocalStorage::instance()
 {
-    auto& s = storage();
-    if (!s)
-        s.reset(new LocalStorage);
-    return s.get();
+    return ProcessWide<LocalStorage>::get(true, [] { return new LocalStorage; });
 }
 
 LocalStorage::LocalStorage()

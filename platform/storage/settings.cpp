@@ -1,17 +1,11 @@
 #include "settings.h"
 
+#include "processwide.h"
+
 #include <QDir>
 #include <QStandardPaths>
 
-#include <memory>
-
 namespace {
-std::unique_ptr<Settings>& storage()
-{
-    static std::unique_ptr<Settings> settings;
-    return settings;
-}
-
 QString& chosenFile()
 {
     static QString file;
@@ -29,16 +23,14 @@ Settings::Settings(const QString& fileName) : QSettings(fileName, QSettings::Ini
 
 Settings* Settings::instance()
 {
-    auto& settings = storage();
-    if (!settings)
-        settings.reset(new Settings(chosenFile().isEmpty() ? defaultFile() : chosenFile()));
-    return settings.get();
+    return ProcessWide<Settings>::get(
+        true, [] { return new Settings(chosenFile().isEmpty() ? defaultFile() : chosenFile()); });
 }
 
 void Settings::setFileName(const QString& fileName)
 {
-    if (auto& settings = storage())
+    if (Settings* settings = ProcessWide<Settings>::get())
         settings->sync();
-    storage().reset();
+    ProcessWide<Settings>::reset();
     chosenFile() = fileName;
 }

@@ -2,6 +2,8 @@
 
 #include "platformlogging.h"
 
+#include <QCoreApplication>
+
 #include <algorithm>
 #include <utility>
 
@@ -9,11 +11,32 @@ namespace {
 constexpr int NoteMargin = 12;
 constexpr int NoteSpacing = 6;
 constexpr int NoteMaximumWidth = 420;
+
+// A plug-in's page belongs to the plug-in loader, which destroys it only in its own clean-up at
+// exit, after the application is gone, unless the host deleted it first. A widget can't be torn
+// down without the application, so the pages that are still there go with it.
+QList<QPointer<PluginWidget>>& livePages()
+{
+    static QList<QPointer<PluginWidget>> pages;
+    return pages;
+}
+
+void destroyRemainingPages()
+{
+    for (const QPointer<PluginWidget>& page : std::exchange(livePages(), {})) {
+        if (page && !page->parentWidget())
+            delete page.data();
+    }
+}
 }  // namespace
 
 PluginWidget::PluginWidget(QWidget* parent) : QMainWindow(parent)
 {
     qRegisterMetaType<PluginWidget::PopupKind>();
+    if (livePages().isEmpty())
+        qAddPostRoutine(destroyRemainingPages);
+    livePages().removeAll(nullptr);
+    livePages().append(this);
 }
 
 PluginWidget::~PluginWidget()
