@@ -43,14 +43,14 @@ void RequestSearchKeys::appendOwnKeys(KeyList& keys, const ObjectInfo& request, 
     keys.append(dateKey(request.parameters.value(KeyDateEnd)));
 }
 
-void RequestSearchKeys::reindex(Index& index, const ObjectInfo& request, const Worker& worker)
+void RequestSearchKeys::reindex(Index& index, vorandel::TYPE_ID uid, const ObjectInfo& request, const Worker& worker)
 {
-    index.remove(request.uid);
+    index.remove(uid);
     KeyList keys;
     appendNameKeys(keys, worker);
     appendOwnKeys(keys, request, worker.number);
     for (const QString& key : qAsConst(keys))
-        index.add(key, request.uid);
+        index.add(key, uid);
 }
 
 RequestSearchKeys::Index::Batch RequestSearchKeys::gatherOwnKeys(const OBJECT_HASH* requests)

@@ -32,8 +32,11 @@ public:
     static void appendNameKeys(KeyList& keys, const Worker& worker);
     static void appendOwnKeys(KeyList& keys, const vorandel::ObjectInfo& request, const QString& workerNumber);
 
-    // Puts a request into the index afresh.
-    static void reindex(Index& index, const vorandel::ObjectInfo& request, const Worker& worker);
+    // Puts the request of that uid into the index afresh. The uid is given apart from the record:
+    // a request that the store no longer holds comes as an empty record, and its old keys must
+    // still go.
+    static void reindex(Index& index, vorandel::TYPE_ID uid, const vorandel::ObjectInfo& request,
+                        const Worker& worker);
 
     // The own keys of all requests, gathered for filling an empty index. It only reads the store,
     // so it may run on another thread while nothing changes the store.

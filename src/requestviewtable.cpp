@@ -136,7 +136,7 @@ void RequestView::readPassRequestData(QList<TYPE_ID> uids)
         const QModelIndex row = d->model->add(request);
         const RequestSearchKeys::Worker worker = RequestSearchKeys::workerOf(request);
         writeWorkerColumns(d->model, row, WorkerColumns(worker));
-        RequestSearchKeys::reindex(d->searchIndex, request, worker);
+        RequestSearchKeys::reindex(d->searchIndex, uid, request, worker);
     }
     updateInfoPanelDelayed();
 }
@@ -263,10 +263,12 @@ void RequestView::selectRequest(TYPE_ID uid)
     const QModelIndex source = d->model->indexForUid(uid);
     if (!source.isValid())
         return;
+    const QModelIndex row = d->proxy->mapFromSource(source);
+    if (!row.isValid())
+        return;  // hidden by the filter
     VDTableView* table = ui->tblRequests;
     table->clearSelection();
-    const QModelIndex row = d->proxy->mapFromSource(source);
-    table->selectionModel()->setCurrentIndex(
+    table->selectionModel()->select(
         row, QItemSelectionModel::Select | QItemSelectionModel::Current | QItemSelectionModel::Rows);
     table->scrollTo(row, QAbstractItemView::PositionAtTop);
     table->setFocus(Qt::OtherFocusReason);

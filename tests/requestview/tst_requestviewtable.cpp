@@ -221,6 +221,48 @@ private slots:
         QCOMPARE(layout.count(), 0);
     }
 
+    void aRequestGoneFromTheStoreTakesItsSearchKeys()
+    {
+        RequestFixture fixture;
+        fill(fixture);
+        RequestView* view = fixture.build();
+        // The store drops the request, and the tab hears of some change to it before the removal
+        // itself: the record comes empty, and its keys must go all the same.
+        LocalStorage* store = LocalStorage::instance();
+        store->blockSignals(true);
+        store->removeObjects(PASS_REQUEST_DATANAME, {1});
+        store->blockSignals(false);
+        view->readPassRequestData({1});
+        emit view->findChild<SearchWidget*>()->startSearch(QStringLiteral("п-0001"));
+        QCOMPARE(fixture.shownUids(), QList<TYPE_ID>{});
+        emit view->findChild<SearchWidget*>()->startSearch(QStringLiteral("п-0002"));
+        QCOMPARE(fixture.shownUids(), QList<TYPE_ID>{2});
+    }
+
+    void selectRequestSelectsOnlyARowInSight()
+    {
+        RequestFixture fixture;
+        fill(fixture);
+        RequestView* view = fixture.build();
+        QItemSelectionModel* selection = fixture.table()->selectionModel();
+        fixture.select({2, 4});
+        const QModelIndex current = selection->currentIndex();
+
+        view->selectRequest(1);
+        QCOMPARE(selection->selectedRows().size(), 1);
+        QCOMPARE(selection->selectedRows().first().data().toUInt(), 1u);
+        QCOMPARE(selection->currentIndex(), current);  // the selection moves, the cursor doesn't
+
+        // A request that the state buttons hide isn't selected, and nothing else changes.
+        view->findChild<QAbstractButton*>(QStringLiteral("tbRejected"))->click();
+        fixture.select({5});
+        view->selectRequest(1);
+        QCOMPARE(selection->selectedRows().size(), 1);
+        QCOMPARE(selection->selectedRows().first().data().toUInt(), 5u);
+        view->selectRequest(999);
+        QCOMPARE(selection->selectedRows().first().data().toUInt(), 5u);
+    }
+
     void actionsFollowSelectionAndRights_data()
     {
         QTest::addColumn<QStringList>("roles");
