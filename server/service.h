@@ -7,7 +7,6 @@
 #include <QObject>
 #include <QString>
 
-#include <new>
 
 namespace vdserver {
 
@@ -29,18 +28,12 @@ signals:
     void commandReady(const Command& command);
 
 protected:
-    // Reads the values of a query in order; false for a short or broken payload. The stream's
-    // containers reserve as many elements as a count claims, so a corrupt count can fail the
-    // allocation: that too is a broken payload, not a reason to go down.
+    // Reads the values of a query in order; false for a short or broken payload (a count that
+    // claims more than the payload holds, a value of a type the exchange doesn't carry).
     template <typename... Values>
     static bool read(QDataStream& in, Values&... values)
     {
-        try {
-            (in >> ... >> values);
-        } catch (const std::bad_alloc&) {
-            in.setStatus(QDataStream::ReadCorruptData);
-        }
-        return in.status() == QDataStream::Ok;
+        return vdstream::readAll(in, values...);
     }
 
     // The answer to a payload that read() refused.

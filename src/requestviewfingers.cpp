@@ -52,8 +52,12 @@ void RequestView::getFingersHandler(Command& command)
     if (results.isEmpty())
         return;
     const DbResult& rows = results.first();
+    // The count of rows is the answer's claim; the rows are as many as its cells make, the last
+    // perhaps short.
+    const int carried = rows.columnCount > 0 ? (rows.cells.size() + rows.columnCount - 1) / rows.columnCount : 0;
+    const int rowCount = qMin(rows.rowCount, carried);
     QHash<TYPE_ID, requestview::UserFingers> fingers;
-    for (int row = 0; row < rows.rowCount; ++row) {
+    for (int row = 0; row < rowCount; ++row) {
         requestview::UserFingers entry;
         entry.worker = rows.cell(row, 0).toUInt();
         entry.count = rows.cell(row, 1).toInt();

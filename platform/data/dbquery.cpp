@@ -1,5 +1,7 @@
 #include "dbquery.h"
 
+#include "vddatastream.h"
+
 QVariant DbResult::cell(int row, int column) const
 {
     const qsizetype at = qsizetype(row) * columnCount + column;
@@ -15,7 +17,8 @@ QDataStream& operator<<(QDataStream& out, const DbPreparedQueryValue& r)
 
 QDataStream& operator>>(QDataStream& in, DbPreparedQueryValue& r)
 {
-    return in >> r.value >> r.output;
+    vdstream::readAll(in, r.value, r.output);
+    return in;
 }
 
 QDataStream& operator<<(QDataStream& out, const DbQuery& r)
@@ -26,7 +29,7 @@ QDataStream& operator<<(QDataStream& out, const DbQuery& r)
 QDataStream& operator>>(QDataStream& in, DbQuery& r)
 {
     qint32 timeout = 0;
-    in >> r.queries >> r.values >> r.transaction >> timeout;
+    vdstream::readAll(in, r.queries, r.values, r.transaction, timeout);
     r.timeoutMs = timeout;
     return in;
 }
@@ -39,7 +42,7 @@ QDataStream& operator<<(QDataStream& out, const DbResult& r)
 QDataStream& operator>>(QDataStream& in, DbResult& r)
 {
     qint32 affected = 0, rows = 0, columns = 0;
-    in >> affected >> rows >> columns >> r.cells >> r.columnNames;
+    vdstream::readAll(in, affected, rows, columns, r.cells, r.columnNames);
     r.affected = affected;
     r.rowCount = rows;
     r.columnCount = columns;

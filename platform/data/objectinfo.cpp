@@ -56,7 +56,8 @@ QDataStream& operator<<(QDataStream& out, const INHERIT_DATA& data)
 
 QDataStream& operator>>(QDataStream& in, INHERIT_DATA& data)
 {
-    return in >> data.first >> data.second >> data.type >> data.priority >> data.dateFrom >> data.dateTo;
+    vdstream::readAll(in, data.first, data.second, data.type, data.priority, data.dateFrom, data.dateTo);
+    return in;
 }
 
 QDataStream& operator<<(QDataStream& out, const ObjectInfo& info)
@@ -67,8 +68,9 @@ QDataStream& operator<<(QDataStream& out, const ObjectInfo& info)
 
 QDataStream& operator>>(QDataStream& in, ObjectInfo& info)
 {
-    return in >> info.uid >> info.type >> info.parent >> info.parameters >> info.modified >> info.inherits
-        >> info.inheritedBy;
+    vdstream::readAll(in, info.uid, info.type, info.parent, info.parameters, info.modified, info.inherits,
+                      info.inheritedBy);
+    return in;
 }
 
 QDebug operator<<(QDebug debug, const INHERIT_DATA& data)

@@ -1,5 +1,7 @@
 #include "servicerecords.h"
 
+#include "vddatastream.h"
+
 namespace vorandel {
 
 QDataStream& operator<<(QDataStream& out, const ACCESS_CHANGES& r)
@@ -10,7 +12,7 @@ QDataStream& operator<<(QDataStream& out, const ACCESS_CHANGES& r)
 QDataStream& operator>>(QDataStream& in, ACCESS_CHANGES& r)
 {
     qint32 refType = 0;
-    in >> r.subject >> r.object >> r.state >> r.set_child >> refType;
+    vdstream::readAll(in, r.subject, r.object, r.state, r.set_child, refType);
     r.ref_type = refType;
     return in;
 }
@@ -24,7 +26,7 @@ QDataStream& operator<<(QDataStream& out, const TEMPLATE_DATA& r)
 QDataStream& operator>>(QDataStream& in, TEMPLATE_DATA& r)
 {
     qint32 id = 0, quality = 255, device = 0, kind = 0;
-    in >> id >> quality >> device >> kind >> r.data >> r.extra >> r.index;
+    vdstream::readAll(in, id, quality, device, kind, r.data, r.extra, r.index);
     r.id = id;
     r.quality = quality;
     r.device = device;
@@ -39,7 +41,8 @@ QDataStream& operator<<(QDataStream& out, const BLOB_DATA_RESQUEST& r)
 
 QDataStream& operator>>(QDataStream& in, BLOB_DATA_RESQUEST& r)
 {
-    return in >> r.uid >> r.name >> r.md5;
+    vdstream::readAll(in, r.uid, r.name, r.md5);
+    return in;
 }
 
 QDataStream& operator<<(QDataStream& out, const SYSLOG_DATA& r)
@@ -49,7 +52,8 @@ QDataStream& operator<<(QDataStream& out, const SYSLOG_DATA& r)
 
 QDataStream& operator>>(QDataStream& in, SYSLOG_DATA& r)
 {
-    return in >> r.code >> r.user >> r.text >> r.time;
+    vdstream::readAll(in, r.code, r.user, r.text, r.time);
+    return in;
 }
 
 QDataStream& operator<<(QDataStream& out, const EMAIL_MESSAGE& r)
@@ -59,7 +63,8 @@ QDataStream& operator<<(QDataStream& out, const EMAIL_MESSAGE& r)
 
 QDataStream& operator>>(QDataStream& in, EMAIL_MESSAGE& r)
 {
-    return in >> r.to >> r.subject >> r.body >> r.attachments;
+    vdstream::readAll(in, r.to, r.subject, r.body, r.attachments);
+    return in;
 }
 
 QDataStream& operator<<(QDataStream& out, const SCHEDULE_DATA& r)
@@ -70,7 +75,7 @@ QDataStream& operator<<(QDataStream& out, const SCHEDULE_DATA& r)
 QDataStream& operator>>(QDataStream& in, SCHEDULE_DATA& r)
 {
     qint32 id = 0;
-    in >> id >> r.name >> r.intervals;
+    vdstream::readAll(in, id, r.name, r.intervals);
     r.id = id;
     return in;
 }

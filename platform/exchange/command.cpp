@@ -1,5 +1,7 @@
 #include "command.h"
 
+#include "vddatastream.h"
+
 QDataStream& operator<<(QDataStream& out, const CommandType& r)
 {
     return out << qint32(r.type) << r.name;
@@ -8,7 +10,7 @@ QDataStream& operator<<(QDataStream& out, const CommandType& r)
 QDataStream& operator>>(QDataStream& in, CommandType& r)
 {
     qint32 type = 0;
-    in >> type >> r.name;
+    vdstream::readAll(in, type, r.name);
     r.type = type;
     return in;
 }
@@ -21,7 +23,7 @@ QDataStream& operator<<(QDataStream& out, const Command& r)
 QDataStream& operator>>(QDataStream& in, Command& r)
 {
     qint32 status = 0, type = 0;
-    in >> r.id >> r.origin >> status >> type >> r.name >> r.data >> r.text;
+    vdstream::readAll(in, r.id, r.origin, status, type, r.name, r.data, r.text);
     r.status = status;
     r.type = type;
     return in;

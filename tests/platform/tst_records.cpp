@@ -5,7 +5,10 @@
 #include "servicerecords.h"
 #include "vddatastream.h"
 
+#include <QPolygon>
 #include <QtTest>
+
+#include <functional>
 
 using namespace vorandel;
 
@@ -110,6 +113,97 @@ private slots:
         QCOMPARE(read.status, command.status);
         QCOMPARE(read.name, command.name);
         QCOMPARE(read.data, command.data);
+    }
+
+    // What the other side may send: a count that claims more than the payload holds, and values
+    // of types that no record of the exchange carries. Each must end the reading with an error
+    // and defaults, without allocating what the count claims and without reaching the readers
+    // of arbitrary types.
+    void malformedPayloadsAreRefused_data()
+    {
+        QTest::addColumn<QByteArray>("payload");
+        QTest::addColumn<QString>("reader");
+
+        const auto bytes = [](const std::function<void(QDataStream&)>& write) {
+            QByteArray payload;
+            VDDataStream out(&payload, QIODevice::WriteOnly);
+            write(out);
+            return payload;
+        };
+        const quint32 twoBillion = 0x7fffffff;
+        QTest::newRow("list of two billion links")
+            << bytes([&](QDataStream& out) { out << twoBillion; }) << "links";
+        QTest::newRow("object with a vast parameter count")
+            << bytes([&](QDataStream& out) { out << 1u << QStringLiteral("OT_WORKER") << 0u << twoBillion; })
+            << "object";
+        QTest::newRow("result with a vast cell count")
+            << bytes([&](QDataStream& out) { out << 0 << 1 << 1 << twoBillion; }) << "result";
+        QTest::newRow("polygon in a result cell")
+            << bytes([&](QDataStream& out) { out << 0 << 1 << 1 << QVector<QVariant>{QVariant(QPolygon(3))}; })
+            << "result";
+        QTest::newRow("user type in a result cell")
+            << bytes([&](QDataStream& out) {
+                   out << 0 << 1 << 1 << quint32(1) << quint32(QMetaType::User) << qint8(0) << QByteArray("Rocket");
+               })
+            << "result";
+        QTest::newRow("polygon in a device result")
+            << bytes([&](QDataStream& out) {
+                   out << QHash<QString, QVariant>{{QStringLiteral("card"), QVariant(QPolygonF(2))}};
+               })
+            << "hash";
+        QTest::newRow("list inside a variant")
+            << bytes([&](QDataStream& out) {
+                   out << QHash<QString, QVariant>{{QStringLiteral("status"), QVariantList{1, 2}}};
+               })
+            << "hash";
+        QTest::newRow("template map of two billion")
+            << bytes([&](QDataStream& out) { out << twoBillion << 5u; }) << "templates";
+    }
+
+    void malformedPayloadsAreRefused()
+    {
+        QFETCH(QByteArray, payload);
+        QFETCH(QString, reader);
+        VDDataStream in(payload);
+        bool empty = false;
+        if (reader == QLatin1String("links")) {
+            QList<INHERIT_DATA> links;
+            in >> links;
+            empty = links.isEmpty();
+        } else if (reader == QLatin1String("object")) {
+            ObjectInfo object;
+            in >> object;
+            empty = object.parameters.isEmpty();
+            QVERIFY(!ObjectInfo(payload).isValid());
+        } else if (reader == QLatin1String("result")) {
+            QList<DbResult> results;
+            VDDataStream list(QByteArray("\0\0\0\1", 4) + payload);
+            list >> results;
+            QVERIFY(list.status() != QDataStream::Ok);
+            DbResult result;
+            in >> result;
+            empty = results.isEmpty() && result.cells.isEmpty();
+        } else if (reader == QLatin1String("hash")) {
+            QHash<QString, QVariant> values;
+            in >> values;
+            empty = values.isEmpty();
+        } else {
+            QMap<unsigned int, TEMPLATE_DATA> templates;
+            in >> templates;
+            empty = templates.isEmpty();
+        }
+        QVERIFY(in.status() != QDataStream::Ok);
+        QVERIFY(empty);
+    }
+
+    void wireValuesStillRoundTrip()
+    {
+        const QHash<QString, QVariant> values{{QStringLiteral("status"), QStringLiteral("ok")},
+                                              {QStringLiteral("card"), QByteArray("\x01\x02")},
+                                              {QStringLiteral("when"), QDateTime(QDate(2026, 1, 2), QTime(3, 4))},
+                                              {QStringLiteral("count"), 7ull},
+                                              {QStringLiteral("none"), QVariant()}};
+        QCOMPARE(roundTrip(values), values);
     }
 
     void dbResultCellsBeyondTheDataAreInvalid()

@@ -10,6 +10,7 @@
 
 #include <QHeaderView>
 #include <QSignalSpy>
+#include <QElapsedTimer>
 #include <QtTest>
 
 using namespace vorandel;
@@ -173,6 +174,21 @@ private slots:
         QCOMPARE(hash.value(10).count, 4);
         QCOMPARE(hash.value(10).card, 900u);
         QCOMPARE(hash.value(11).card, 0u);
+
+        // An answer that claims two billion rows and carries no cell ends at once, with nothing.
+        DbResult claims;
+        claims.rowCount = 0x7fffffff;
+        claims.columnCount = 3;
+        command = pushed(name, [&](VDDataStream& out) {
+            out << QStringLiteral("get_fingers_2") << 1 << QString() << QList<DbResult>{claims};
+        });
+        QElapsedTimer clock;
+        clock.start();
+        VDServerInterface::instance()->deliver(command);
+        QVERIFY(clock.elapsed() < 1000);
+        QCOMPARE(fingers.count(), 2);
+        using Fingers = QHash<TYPE_ID, requestview::UserFingers>;
+        QVERIFY(fingers.last().first().value<Fingers>().isEmpty());
     }
 
     void headerStateRoundTrip()
