@@ -81,17 +81,26 @@ QSet<vorandel::TYPE_ID> linkedUsers(const ObjectInfo& request, unsigned int type
 void writeHead(QTextCursor& cursor, const ObjectInfo& request, const ObjectInfo& worker,
                const QTextCharFormat& nameFormat)
 {
-    QTextTable* head = cursor.insertTable(1, 2, borderlessTable());
+    // Until the newest photo has come from the server, the preview stands in.
+    QByteArray photoBytes = LocalStorage::instance()->blob(worker.uid, QStringLiteral("PT_PHOTO"));
+    if (photoBytes.isEmpty())
+        photoBytes = worker.parameters.value(QStringLiteral("PT_PHOTO_PREVIEW")).toLatin1();
+    const QImage photo =
+        PropertyPanelHelper::pixmapByPhotoType(db::orgstructure::WORKER, photoBytes, true, QString()).toImage();
+
+    // The photo keeps its width, whatever the name needs: a name too long for the card is cut
+    // at the card's edge rather than drawn over the photo, and it is never broken inside a word.
+    QTextTableFormat headFormat = borderlessTable();
+    headFormat.setColumnWidthConstraints(
+        {QTextLength(QTextLength::FixedLength, photo.width() / photo.devicePixelRatioF()),
+         QTextLength(QTextLength::VariableLength, 0)});
+    QTextTable* head = cursor.insertTable(1, 2, headFormat);
     QTextTableCellFormat nameCell;
     nameCell.setVerticalAlignment(QTextCharFormat::AlignMiddle);
     nameCell.setLeftPadding(30);
     head->cellAt(0, 1).setFormat(nameCell);
 
-    // Until the newest photo has come from the server, the preview stands in.
-    QByteArray photo = LocalStorage::instance()->blob(worker.uid, QStringLiteral("PT_PHOTO"));
-    if (photo.isEmpty())
-        photo = worker.parameters.value(QStringLiteral("PT_PHOTO_PREVIEW")).toLatin1();
-    cursor.insertImage(PropertyPanelHelper::pixmapByPhotoType(db::orgstructure::WORKER, photo, true, QString()).toImage());
+    cursor.insertImage(photo);
 
     cursor.movePosition(QTextCursor::NextCell);
     cursor.insertText(VDGlobals::objectName(request), nameFormat);

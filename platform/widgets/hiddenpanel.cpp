@@ -78,3 +78,10 @@ bool HiddenPanel::isCollapsed() const
 {
     return m_content->isHidden();
 }
+
+QSize HiddenPanel::sizeHint() const
+{
+    constexpr int PreferredWidth = 360;
+    const QSize hint = QFrame::sizeHint();
+    return isCollapsed() ? hint : QSize(qMax(hint.width(), PreferredWidth), hint.height());
+}

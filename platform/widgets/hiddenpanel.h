@@ -25,6 +25,9 @@ public:
     void setCollapsed(bool collapsed);
     bool isCollapsed() const;
 
+    // Wide enough for a card with a photo and a name beside it, whatever its content asks.
+    QSize sizeHint() const override;
+
 signals:
     void collapsedChanged(bool collapsed);
 

@@ -92,7 +92,7 @@ QTextCharFormat PropertyPanelHelper::textformat()
 
 QTextCharFormat PropertyPanelHelper::nameformat()
 {
-    return formatWith(cardFont(5, QFont::Bold));
+    return formatWith(cardFont(3, QFont::Bold));
 }
 
 QPixmap PropertyPanelHelper::pixmapByPhotoType(const QString& type, const QByteArray& data, bool scaled,
