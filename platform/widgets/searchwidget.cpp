@@ -2,7 +2,9 @@
 
 #include <QHBoxLayout>
 #include <QIcon>
+#include <QKeyEvent>
 #include <QLineEdit>
+#include <QShortcut>
 #include <QTimer>
 #include <QToolButton>
 
@@ -49,6 +51,28 @@ SearchWidget::SearchWidget(QWidget* parent)
         emit startSearch(text());
     });
     connect(m_advanced, &QToolButton::clicked, this, &SearchWidget::advancedSearchRequested);
+
+    // Ctrl+F from anywhere in the window puts the cursor here, the text selected for retyping;
+    // Escape in the field ends the search.
+    auto* find = new QShortcut(QKeySequence::Find, this);
+    find->setContext(Qt::WindowShortcut);
+    connect(find, &QShortcut::activated, this, [this] {
+        m_edit->setFocus(Qt::ShortcutFocusReason);
+        m_edit->selectAll();
+    });
+    m_edit->installEventFilter(this);
+}
+
+bool SearchWidget::eventFilter(QObject* watched, QEvent* event)
+{
+    if (watched == m_edit && event->type() == QEvent::KeyPress
+        && static_cast<QKeyEvent*>(event)->key() == Qt::Key_Escape && !m_edit->text().isEmpty()) {
+        m_delay->stop();
+        m_edit->clear();
+        emit startSearch(QString());
+        return true;
+    }
+    return QWidget::eventFilter(watched, event);
 }
 
 SearchWidget::~SearchWidget() = default;

@@ -9,7 +9,8 @@ class QToolButton;
 class QTimer;
 
 // A search field: it starts a search a moment after the operator stops typing, at once on
-// Return, and with an empty text when cleared.
+// Return, and with an empty text when cleared (by its button, by hand or by Escape). Ctrl+F in
+// its window brings the cursor to it.
 class VDPLATFORM_EXPORT SearchWidget : public QWidget
 {
     Q_OBJECT
@@ -23,6 +24,8 @@ public:
     QString text() const;
     void setText(const QString& text);
     QLineEdit* lineEdit() const;
+
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 signals:
     void startSearch(const QString& text);

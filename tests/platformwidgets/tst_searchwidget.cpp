@@ -4,13 +4,14 @@
 #include <QLineEdit>
 #include <QSignalSpy>
 #include <QToolButton>
+#include <QVBoxLayout>
 #include <QtTest>
 
 #include <algorithm>
 
 namespace {
 // What the operator does after typing.
-enum class Then { Nothing, PressReturn, ClickClearButton, EraseByHand };
+enum class Then { Nothing, PressReturn, ClickClearButton, EraseByHand, PressEscape };
 }  // namespace
 
 Q_DECLARE_METATYPE(Then)
@@ -30,6 +31,7 @@ private slots:
         QTest::newRow("Return searches at once") << "12" << Then::PressReturn << "12" << true;
         QTest::newRow("clear button") << "ab" << Then::ClickClearButton << "" << true;
         QTest::newRow("erased by hand") << "ab" << Then::EraseByHand << "" << true;
+        QTest::newRow("Escape") << "ab" << Then::PressEscape << "" << true;
     }
 
     void searchesOncePerInput()
@@ -59,6 +61,10 @@ private slots:
             (*clear)->click();
             break;
         }
+        case Then::PressEscape:
+            QTest::keyClick(edit, Qt::Key_Escape);
+            QVERIFY(edit->text().isEmpty());
+            break;
         case Then::EraseByHand:
             for (int i = 0; i < typed.size(); ++i)
                 QTest::keyClick(edit, Qt::Key_Backspace);
@@ -74,6 +80,29 @@ private slots:
         // Long enough for the pause after typing to have passed for sure: no second search.
         QTest::qWait(600);
         QCOMPARE(started.count(), 1);
+    }
+
+    void ctrlFBringsTheCursorFromAnywhereInTheWindow()
+    {
+        QWidget window;
+        auto* table = new QLineEdit(&window);
+        auto* search = new SearchWidget(&window);
+        auto* layout = new QVBoxLayout(&window);
+        layout->addWidget(table);
+        layout->addWidget(search);
+        search->setText(QStringLiteral("Иванов"));
+        window.show();
+        QVERIFY(QTest::qWaitForWindowActive(&window));
+        table->setFocus();
+        QTest::keyClick(table, Qt::Key_F, Qt::ControlModifier);
+        QVERIFY(search->lineEdit()->hasFocus());
+        QCOMPARE(search->lineEdit()->selectedText(), QStringLiteral("Иванов"));
+
+        // Escape on an empty field is left to the window (a dialog closes on it).
+        search->setText(QString());
+        QSignalSpy started(search, &SearchWidget::startSearch);
+        QTest::keyClick(search->lineEdit(), Qt::Key_Escape);
+        QCOMPARE(started.count(), 0);
     }
 };
 
