@@ -110,6 +110,8 @@ private:
     void initPluginActions();
     void initFilterWidget();
     QList<vorandel::TYPE_ID> selectedRequestUids() const;
+    // Tells, in the empty table, why it is empty.
+    void explainEmptyTable();
 
     // Pushed commands and answers.
     void commandResult(Command& command);

@@ -8,6 +8,7 @@
 #include <QEvent>
 #include <QHeaderView>
 #include <QMenu>
+#include <QPainter>
 #include <QScopedValueRollback>
 #include <QTimer>
 
@@ -149,6 +150,25 @@ QByteArray VDTableView::headerState() const
 QMenu* VDTableView::headerMenu() const
 {
     return m_headerMenu;
+}
+
+void VDTableView::setPlaceholderText(const QString& text)
+{
+    if (text == m_placeholder)
+        return;
+    m_placeholder = text;
+    viewport()->update();
+}
+
+void VDTableView::paintEvent(QPaintEvent* event)
+{
+    QTableView::paintEvent(event);
+    if (m_placeholder.isEmpty() || !model() || model()->rowCount(rootIndex()) > 0)
+        return;
+    QPainter painter(viewport());
+    painter.setPen(palette().color(QPalette::Disabled, QPalette::Text));
+    const QRect area = viewport()->rect().adjusted(24, 0, -24, 0);
+    painter.drawText(area, Qt::AlignCenter | Qt::TextWordWrap, m_placeholder);
 }
 
 void VDTableView::setModel(QAbstractItemModel* model)

@@ -35,6 +35,10 @@ public:
     // The header's context menu: one checkable action per menu column, its data the column.
     QMenu* headerMenu() const;
 
+    // A line shown in the middle of the table while it has no rows: why it is empty.
+    void setPlaceholderText(const QString& text);
+    QString placeholderText() const { return m_placeholder; }
+
     void setModel(QAbstractItemModel* model) override;
     // Type-ahead only where the model offers it (ObjectTreeProxy::isSearchEnabled).
     void keyboardSearch(const QString& search) override;
@@ -46,6 +50,7 @@ signals:
 
 protected:
     void changeEvent(QEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
     void hideEvent(QHideEvent* event) override;
 
 private:
@@ -68,4 +73,5 @@ private:
     void adoptRowHeight();
 
     mutable int m_rowHeight = -1;
+    QString m_placeholder;
 };

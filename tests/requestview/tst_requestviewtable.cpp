@@ -263,6 +263,32 @@ private slots:
         QCOMPARE(selection->selectedRows().first().data().toUInt(), 5u);
     }
 
+    void anEmptyTableSaysWhy()
+    {
+        {
+            RequestFixture fixture;
+            fixture.set(PASS_REQUEST_DATANAME, {});
+            fixture.build();
+            QVERIFY(fixture.table()->placeholderText().startsWith(QStringLiteral("Заявок пока нет")));
+        }
+        {
+            RequestFixture fixture(42, rolesWithout(Admin));  // stands on no chain
+            fill(fixture);
+            fixture.build();
+            QVERIFY(fixture.table()->placeholderText().contains(QStringLiteral("вам доступны")));
+        }
+        RequestFixture fixture;
+        fill(fixture);
+        RequestView* view = fixture.build();
+        QVERIFY(fixture.table()->placeholderText().isEmpty());
+        emit view->findChild<SearchWidget*>()->startSearch(QStringLiteral("нет-такого"));
+        QVERIFY(fixture.table()->placeholderText().contains(QStringLiteral("условия поиска")));
+        emit view->findChild<SearchWidget*>()->startSearch(QString());
+        QVERIFY(fixture.table()->placeholderText().isEmpty());
+        view->findChild<QAbstractButton*>(QStringLiteral("tbFinished"))->click();
+        QVERIFY(fixture.table()->placeholderText().contains(QStringLiteral("выбранные состояния")));
+    }
+
     void actionsFollowSelectionAndRights_data()
     {
         QTest::addColumn<QStringList>("roles");
