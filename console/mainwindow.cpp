@@ -1,13 +1,13 @@
 #include "mainwindow.h"
 
-#include "localstorage.h"
 #include "ui_mainwindow.h"
 #include "vdstyle.h"
+#include "vdtableview.h"
 
 #include <QIcon>
 #include <QLabel>
-
-using vorandel::LocalStorage;
+#include <QShortcut>
+#include <QTimer>
 
 MainWindow::MainWindow(const QString& userName, QWidget* parent)
     : QMainWindow(parent), ui(std::make_unique<Ui_MainWindow>())
@@ -21,15 +21,20 @@ MainWindow::MainWindow(const QString& userName, QWidget* parent)
     warning.setColor(QPalette::WindowText, vdstyle::vdOrange);
     m_problemsLabel->setPalette(warning);
     m_userLabel = new QLabel(tr("Пользователь: %1").arg(userName), this);
-    m_objectsLabel = new QLabel(this);
+    m_rowsLabel = new QLabel(this);
+    m_rowsLabel->setObjectName(QStringLiteral("rowsLabel"));
     statusBar()->addWidget(m_problemsLabel, 1);
     statusBar()->addPermanentWidget(m_userLabel);
-    statusBar()->addPermanentWidget(m_objectsLabel);
-    countObjects();
+    statusBar()->addPermanentWidget(m_rowsLabel);
+    m_rowsLabel->hide();
 
-    const LocalStorage* store = LocalStorage::instance();
-    connect(store, &LocalStorage::dataChanged, this, &MainWindow::storeChanged);
-    connect(store, &LocalStorage::dataRemoved, this, &MainWindow::storeChanged);
+    // A page is inserted before it is built: its table is looked for once the building is over.
+    connect(ui->tabs, &QTabWidget::currentChanged, this,
+            [this] { QTimer::singleShot(0, this, &MainWindow::followCurrentTable); });
+
+    auto* quit = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q), this);
+    quit->setContext(Qt::ApplicationShortcut);
+    connect(quit, &QShortcut::activated, this, &QWidget::close);
 }
 
 MainWindow::~MainWindow() = default;
@@ -65,19 +70,21 @@ void MainWindow::showProblems(const QStringList& problems)
     m_problemsLabel->setToolTip(problems.join(QLatin1Char('\n')));
 }
 
-void MainWindow::storeChanged(const QString& dataname)
+void MainWindow::followCurrentTable()
 {
-    m_datanames.insert(dataname);
-    countObjects();
+    disconnect(m_tableConnection);
+    QWidget* page = ui->tabs->currentWidget();
+    auto* table = page ? page->findChild<VDTableView*>() : nullptr;
+    m_rowsLabel->setVisible(table);
+    if (!table)
+        return;
+    m_tableConnection = connect(table, &VDTableView::rowCountsChanged, this, &MainWindow::showRowCounts);
+    showRowCounts(table->shownRowCount(), table->totalRowCount());
 }
 
-void MainWindow::countObjects()
+void MainWindow::showRowCounts(int shown, int total)
 {
-    const LocalStorage* store = LocalStorage::instance();
-    int count = 0;
-    for (const QString& name : qAsConst(m_datanames)) {
-        if (const vorandel::OBJECT_HASH* objects = store->constObjects(name))
-            count += objects->size();
-    }
-    m_objectsLabel->setText(tr("Объектов: %1").arg(count));
+    const QString page = ui->tabs->tabText(ui->tabs->currentIndex()).remove(QLatin1Char('&'));
+    m_rowsLabel->setText(shown == total ? tr("%1: %2").arg(page).arg(total)
+                                        : tr("%1: показано %2 из %3").arg(page).arg(shown).arg(total));
 }

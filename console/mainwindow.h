@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QMainWindow>
-#include <QSet>
 
 #include <memory>
 
@@ -10,7 +9,8 @@ class QTabWidget;
 class Ui_MainWindow;
 
 // The console's window: one tab per plug-in page, or a page that says why there is none, and a
-// status bar with the operator and the number of objects in the local store.
+// status bar with the operator and how many rows the table of the current page shows of all it
+// may show. Ctrl+Q closes it.
 class MainWindow : public QMainWindow
 {
     Q_OBJECT
@@ -25,12 +25,13 @@ public:
     void showProblems(const QStringList& problems);
 
 private:
-    void storeChanged(const QString& dataname);
-    void countObjects();
+    // Follows the table of the page in front, once the page is built.
+    void followCurrentTable();
+    void showRowCounts(int shown, int total);
 
     std::unique_ptr<Ui_MainWindow> ui;
     QLabel* m_userLabel = nullptr;
-    QLabel* m_objectsLabel = nullptr;
+    QLabel* m_rowsLabel = nullptr;
     QLabel* m_problemsLabel = nullptr;
-    QSet<QString> m_datanames;  // every dataname the store has reported so far
+    QMetaObject::Connection m_tableConnection;
 };

@@ -110,8 +110,8 @@ private:
     void initPluginActions();
     void initFilterWidget();
     QList<vorandel::TYPE_ID> selectedRequestUids() const;
-    // Tells, in the empty table, why it is empty.
-    void explainEmptyTable();
+    // Tells the table how many requests the operator may see, and, when it is empty, why.
+    void updateTableStatus();
 
     // Pushed commands and answers.
     void commandResult(Command& command);

@@ -94,11 +94,11 @@ void RequestView::initModels()
     d->proxy->setFilterUids(defaultFilter());
 
     table->setModel(d->proxy);
-    connect(d->proxy, &QAbstractItemModel::layoutChanged, this, &RequestView::explainEmptyTable);
-    connect(d->proxy, &QAbstractItemModel::rowsInserted, this, &RequestView::explainEmptyTable);
-    connect(d->proxy, &QAbstractItemModel::rowsRemoved, this, &RequestView::explainEmptyTable);
-    connect(d->proxy, &QAbstractItemModel::modelReset, this, &RequestView::explainEmptyTable);
-    explainEmptyTable();
+    connect(d->proxy, &QAbstractItemModel::layoutChanged, this, &RequestView::updateTableStatus);
+    connect(d->proxy, &QAbstractItemModel::rowsInserted, this, &RequestView::updateTableStatus);
+    connect(d->proxy, &QAbstractItemModel::rowsRemoved, this, &RequestView::updateTableStatus);
+    connect(d->proxy, &QAbstractItemModel::modelReset, this, &RequestView::updateTableStatus);
+    updateTableStatus();
     table->horizontalHeader()->setDefaultSectionSize(100);
     table->setHeaderMenuColumns({1, 3, 4, 5, 8, 9, 10, 12, 13, 11, 14, 15, 16, 17, 18});
     table->setHeaderHiddenByDefaultColumns({0, 7, 6, 11, 12, 13, 14, 15, 16, 17, 18});
@@ -281,8 +281,10 @@ void RequestView::selectRequest(TYPE_ID uid)
 
 // --- filter and search -----------------------------------------------------------------------
 
-void RequestView::explainEmptyTable()
+void RequestView::updateTableStatus()
 {
+    const QSet<TYPE_ID> visible = defaultFilter();
+    ui->tblRequests->setTotalRowCount(visible.size());
     if (d->proxy->rowCount() > 0) {
         ui->tblRequests->setPlaceholderText(QString());
         return;
@@ -291,7 +293,7 @@ void RequestView::explainEmptyTable()
     if (!d->requests || d->requests->isEmpty())
         why = AuthData::roles().contains(RoleCreate) ? tr("Заявок пока нет. Новую заявку оформляет кнопка «Добавить».")
                                                      : tr("Заявок пока нет.");
-    else if (defaultFilter().isEmpty())
+    else if (visible.isEmpty())
         why = tr("Нет заявок, которые вам доступны: вы не участвуете в согласовании ни одной заявки.");
     else
         why = tr("Нет заявок, подходящих под условия поиска и выбранные состояния.");

@@ -152,6 +152,31 @@ QMenu* VDTableView::headerMenu() const
     return m_headerMenu;
 }
 
+void VDTableView::setTotalRowCount(int total)
+{
+    m_total = total;
+    noteRowCounts();
+}
+
+int VDTableView::totalRowCount() const
+{
+    return m_total >= 0 ? m_total : shownRowCount();
+}
+
+int VDTableView::shownRowCount() const
+{
+    return model() ? model()->rowCount(rootIndex()) : 0;
+}
+
+void VDTableView::noteRowCounts()
+{
+    const QPair<int, int> counts(shownRowCount(), totalRowCount());
+    if (counts == m_announcedCounts)
+        return;
+    m_announcedCounts = counts;
+    emit rowCountsChanged(counts.first, counts.second);
+}
+
 void VDTableView::setPlaceholderText(const QString& text)
 {
     if (text == m_placeholder)
@@ -177,6 +202,18 @@ void VDTableView::setModel(QAbstractItemModel* model)
         QScopedValueRollback<bool> quiet(m_quiet, true);
         QTableView::setModel(model);
     }
+    for (const QMetaObject::Connection& connection : qAsConst(m_modelConnections))
+        disconnect(connection);
+    m_modelConnections.clear();
+    if (model) {
+        m_modelConnections = {
+            connect(model, &QAbstractItemModel::rowsInserted, this, &VDTableView::noteRowCounts),
+            connect(model, &QAbstractItemModel::rowsRemoved, this, &VDTableView::noteRowCounts),
+            connect(model, &QAbstractItemModel::layoutChanged, this, &VDTableView::noteRowCounts),
+            connect(model, &QAbstractItemModel::modelReset, this, &VDTableView::noteRowCounts),
+        };
+    }
+    noteRowCounts();
     m_rowHeight = -1;
     adoptRowHeight();
     m_restored = false;

@@ -4,6 +4,8 @@
 
 #include <QByteArray>
 #include <QList>
+#include <QPair>
+#include <QVector>
 #include <QTableView>
 
 class QMenu;
@@ -35,6 +37,12 @@ public:
     // The header's context menu: one checkable action per menu column, its data the column.
     QMenu* headerMenu() const;
 
+    // How many rows the table would show without the operator's search and filters, as the
+    // owner counts them; -1 (the default) when it doesn't say, and then the model's rows count.
+    void setTotalRowCount(int total);
+    int totalRowCount() const;
+    int shownRowCount() const;
+
     // A line shown in the middle of the table while it has no rows: why it is empty.
     void setPlaceholderText(const QString& text);
     QString placeholderText() const { return m_placeholder; }
@@ -47,6 +55,8 @@ public:
 signals:
     // The operator moved, resized, sorted, showed or hid a column.
     void headerStateChanged(const QByteArray& state);
+    // The rows shown, or the total they are part of, changed.
+    void rowCountsChanged(int shown, int total);
 
 protected:
     void changeEvent(QEvent* event) override;
@@ -61,6 +71,7 @@ private:
     void noteHeaderChange();
     void noteSectionResized(int section);
     void publishHeaderState();
+    void noteRowCounts();
 
     QList<int> m_menuColumns;
     QList<int> m_hiddenByDefault;
@@ -74,4 +85,7 @@ private:
 
     mutable int m_rowHeight = -1;
     QString m_placeholder;
+    int m_total = -1;
+    QPair<int, int> m_announcedCounts{-1, -1};
+    QVector<QMetaObject::Connection> m_modelConnections;
 };

@@ -12,6 +12,7 @@
 #include "vdplugininterface.h"
 #include "vdserverinterface.h"
 
+#include <QAbstractButton>
 #include <QDir>
 #include <QFileInfo>
 #include <QImage>
@@ -249,6 +250,32 @@ private slots:
                  QStringLiteral("messagePage"));
         const QString details = window->findChild<QLabel*>(QStringLiteral("messageDetails"))->text();
         QVERIFY2(details.contains(QDir::toNativeSeparators(empty.path())), qPrintable(details));
+    }
+
+    // The status bar counts the rows of the page in front against what the operator may see,
+    // and Ctrl+Q closes the window.
+    void statusBarCountsTheRequestsInSight()
+    {
+        ConsoleOptions options;
+        options.pluginDir = qEnvironmentVariable("VD_PLUGIN_DIR");
+        Console console(options);
+        QVERIFY(console.logIn());
+        console.start();
+        MainWindow* window = console.window();
+        QVERIFY(QTest::qWaitForWindowExposed(window));
+        auto* rows = window->findChild<QLabel*>(QStringLiteral("rowsLabel"));
+        QVERIFY(rows);
+        const int requests = int(vorandel::LocalStorage::instance()->constObjects(QStringLiteral("pass_request"))->size());
+        QTRY_COMPARE(rows->text(), QStringLiteral("Заявки: %1").arg(requests));
+
+        window->findChild<QAbstractButton*>(QStringLiteral("tbRejected"))->click();
+        QVERIFY(rows->text().startsWith(QStringLiteral("Заявки: показано ")));
+        QVERIFY(rows->text().endsWith(QStringLiteral(" из %1").arg(requests)));
+
+        window->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(window));
+        QTest::keyClick(window, Qt::Key_Q, Qt::ControlModifier);
+        QVERIFY(!window->isVisible());
     }
 
     void exitsOnAnUnknownUser()
