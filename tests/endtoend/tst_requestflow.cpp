@@ -150,6 +150,10 @@ private slots:
         const TYPE_ID request = uidOf(PASS_REQUEST_DATANAME, QStringLiteral("PT_PASSID"), number);
         QVERIFY(request);
         QCOMPARE(selected(), QList<TYPE_ID>{request});
+        // In sight, though far down the table.
+        const QModelIndex row = table()->selectionModel()->selectedRows(0).first();
+        QVERIFY(row.row() > 25);
+        QVERIFY(table()->viewport()->rect().intersects(table()->visualRect(row.siblingAtColumn(5))));
         QVERIFY(!child<QWidget>(wizard, "finalMessage")->isHidden());
 
         const ObjectInfo stored = server.objects(PASS_REQUEST_DATANAME)->value(request);
