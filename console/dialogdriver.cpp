@@ -10,8 +10,9 @@
 #include <QWizard>
 
 namespace {
-// Between two steps the window gets time to follow: a menu of hits, an answer of the server.
-constexpr int StepMs = 150;
+// Between two steps the window gets time to follow: a menu of hits, an answer of the server. It
+// is longer than the keyboard's interval, so that a list searches afresh for each text typed.
+constexpr int StepMs = 450;
 // How long an action may take to open its window, and a page to finish its work.
 constexpr int MaxWaitMs = 10000;
 
