@@ -159,14 +159,9 @@ private slots:
         QTest::newRow("rows without a screenshot") << QStringList{"--screenshot-rows", "2"} << "--screenshot-rows needs --screenshot";
         QTest::newRow("page without an action") << shot + QStringList{"--screenshot-page", "1"}
                                                 << "--screenshot-page needs --screenshot-action";
-        QTest::newRow("main without an action") << shot + QStringList{"--screenshot-main"}
-                                                << "--screenshot-main needs --screenshot-action";
         QTest::newRow("negative page") << shot + QStringList{"--screenshot-action", "a", "--screenshot-page", "-1"} << "'-1'";
-        QTest::newRow("rows, a word") << shot + QStringList{"--screenshot-rows", "all"} << "'all'";
         QTest::newRow("input without a widget") << shot + QStringList{"--screenshot-action", "a", "--screenshot-input", "=x"}
                                                 << "OBJECT=TEXT";
-        QTest::newRow("input without text") << shot + QStringList{"--screenshot-action", "a", "--screenshot-input", "name"}
-                                            << "OBJECT=TEXT";
         QTest::newRow("misspelt key") << shot + QStringList{"--screenshot-action", "a", "--screenshot-input", "x=ab{Retrun}"}
                                       << "unknown key {Retrun}";
     }

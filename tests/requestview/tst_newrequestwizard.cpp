@@ -184,20 +184,6 @@ class TestNewRequestWizard : public QObject
 private slots:
     void initTestCase() { qRegisterMetaType<QList<TYPE_ID>>(); }
 
-    void opensWithAProposedNumber()
-    {
-        WizardFixture f;
-        QVERIFY(f.wizard);
-        QVERIFY(f.wizard->isVisible());
-        QVERIFY(f.wizard->isModal());
-        QVERIFY(f.wizard->testAttribute(Qt::WA_DeleteOnClose));
-        QCOMPARE(f.wizard->windowTitle(), QStringLiteral("Добавление заявки"));
-        QCOMPARE(f.wizard->minimumSize(), QSize(1200, 900));
-        QCOMPARE(f.parameters()->requestProperties().value("PT_PASSID"), QStringLiteral("П-41"));
-        QVERIFY(!f.wizard->button(QWizard::NextButton)->isEnabled());  // no visitor yet
-        QVERIFY(!f.wizard->button(QWizard::CancelButton)->isVisible());
-    }
-
     // A worker of the directory: the request alone, in two stages, and the wait for the store.
     void knownWorker()
     {
