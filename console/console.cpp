@@ -88,7 +88,8 @@ void Console::start()
     m_window->show();
 
     if (!m_options.screenshotFile.isEmpty()) {
-        auto* screenshot = new Screenshot(m_window.get(), m_window->tabs(), m_options.screenshotFile, this);
+        auto* screenshot =
+            new Screenshot(m_window.get(), m_window->tabs(), m_options.screenshotFile, m_options.screenshot, this);
         connect(screenshot, &Screenshot::finished, this, &Console::finished);
         screenshot->take();
     }

@@ -31,10 +31,31 @@ ConsoleOptions::Parsed ConsoleOptions::parse(const QStringList& arguments)
         QStringLiteral("screenshot"),
         tr("Once the tabs show their data, save the window as a PNG image to FILE and exit."),
         QStringLiteral("FILE.png"));
+    const QCommandLineOption rows(QStringLiteral("screenshot-rows"),
+                                  tr("With --screenshot: select the first N rows of the tab's table (default 1)."),
+                                  QStringLiteral("N"));
+    const QCommandLineOption action(
+        QStringLiteral("screenshot-action"),
+        tr("With --screenshot: trigger the tab's action NAME (its object name, as actionAddRequest) and "
+           "shoot the window it opens instead of the main window."),
+        QStringLiteral("NAME"));
+    const QCommandLineOption page(
+        QStringLiteral("screenshot-page"),
+        tr("With --screenshot-action: walk the wizard that opens to page N, pressing Next, or bring tab N "
+           "of the dialog that opens to the front."),
+        QStringLiteral("N"));
+    const QCommandLineOption input(
+        QStringLiteral("screenshot-input"),
+        tr("With --screenshot-action, repeatable, in order: type TEXT into the widget OBJECT of the window, on "
+           "the first page where it shows. {Name} presses a key: {Down}, {Return}, {Space} to press a button."),
+        QStringLiteral("OBJECT=TEXT"));
+    const QCommandLineOption mainWindow(
+        QStringLiteral("screenshot-main"),
+        tr("With --screenshot-action: once the window is driven, shoot the main window after all."));
     const QCommandLineOption plugins(QStringLiteral("plugins"),
                                      tr("Load the plug-ins of DIR (default: 'plugins' next to the program)."),
                                      QStringLiteral("DIR"));
-    parser.addOptions({user, requests, screenshot, plugins});
+    parser.addOptions({user, requests, screenshot, rows, action, page, input, mainWindow, plugins});
 
     if (!parser.parse(arguments))
         return failure(parser.errorText());
@@ -77,6 +98,46 @@ ConsoleOptions::Parsed ConsoleOptions::parse(const QStringList& arguments)
         if (options.screenshotFile.isEmpty())
             return failure(tr("--screenshot needs a file name."));
     }
+    for (const QCommandLineOption& step : {rows, action}) {
+        if (parser.isSet(step) && !parser.isSet(screenshot))
+            return failure(tr("--%1 needs --screenshot.").arg(step.names().constFirst()));
+    }
+    for (const QCommandLineOption& step : {page, input, mainWindow}) {
+        if (parser.isSet(step) && !parser.isSet(action))
+            return failure(tr("--%1 needs --screenshot-action.").arg(step.names().constFirst()));
+    }
+    ScreenshotScript& script = options.screenshot;
+    if (parser.isSet(rows)) {
+        bool ok = false;
+        script.rows = parser.value(rows).toInt(&ok);
+        if (!ok || script.rows < 0)
+            return failure(tr("--screenshot-rows takes a number of rows, not '%1'.").arg(parser.value(rows)));
+    }
+    if (parser.isSet(action)) {
+        script.action = parser.value(action).trimmed();
+        if (script.action.isEmpty())
+            return failure(tr("--screenshot-action needs the object name of an action."));
+    }
+    if (parser.isSet(page)) {
+        bool ok = false;
+        script.page = parser.value(page).toInt(&ok);
+        if (!ok || *script.page < 0)
+            return failure(tr("--screenshot-page takes a page number from 0, not '%1'.").arg(parser.value(page)));
+    }
+    const QStringList typed = parser.values(input);
+    for (const QString& spec : typed) {
+        const int equals = spec.indexOf(QLatin1Char('='));
+        const QString object = spec.left(equals).trimmed();
+        if (equals < 0 || object.isEmpty())
+            return failure(tr("--screenshot-input takes OBJECT=TEXT, not '%1'.").arg(spec));
+        QString error;
+        const std::optional<Keystrokes> keys = Keystrokes::parse(spec.mid(equals + 1), &error);
+        if (!keys)
+            return failure(tr("--screenshot-input '%1': %2.").arg(spec, error));
+        script.inputs.append({object, *keys});
+    }
+    script.mainWindow = parser.isSet(mainWindow);
+
     options.pluginDir = parser.isSet(plugins)
         ? parser.value(plugins)
         : QDir(QCoreApplication::applicationDirPath()).filePath(QStringLiteral("plugins"));

@@ -1,6 +1,9 @@
 #pragma once
 
+#include "keystrokes.h"
+
 #include <QCoreApplication>
+#include <QList>
 #include <QString>
 #include <QStringList>
 
@@ -15,9 +18,26 @@ public:
     // The largest demo set that --requests takes.
     static constexpr int MaxRequests = 1000000;
 
+    // Typing into a widget of the window to shoot, by its object name.
+    struct ScreenshotInput
+    {
+        QString object;
+        Keystrokes keys;
+    };
+    // What is done before the picture is taken.
+    struct ScreenshotScript
+    {
+        int rows = 1;                  // rows of the tab's table selected first
+        QString action;                // object name of an action of the tab to trigger
+        std::optional<int> page;       // page of the wizard, or tab of the dialog, it opens
+        QList<ScreenshotInput> inputs;  // in order, each on the page where its widget shows
+        bool mainWindow = false;       // shoot the main window after all, not what opened
+    };
+
     QString user;                  // empty: the server's default login
     std::optional<int> requests;   // empty: the server's own small data set
     QString screenshotFile;        // empty: run interactively
+    ScreenshotScript screenshot;
     QString pluginDir;
 
     struct Parsed;

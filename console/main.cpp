@@ -4,9 +4,11 @@
 
 #include <QApplication>
 #include <QFontDatabase>
+#include <QLibraryInfo>
 #include <QLocale>
 #include <QLoggingCategory>
 #include <QTextStream>
+#include <QTranslator>
 
 #include <cstdio>
 
@@ -42,6 +44,13 @@ int main(int argc, char* argv[])
     case ConsoleOptions::Parsed::Run:
         break;
     }
+
+    // The toolkit's own words, the buttons of wizards and message boxes, in the operator's tongue;
+    // the command line above stays in English.
+    QTranslator toolkitWords;
+    if (toolkitWords.load(QLocale(), QStringLiteral("qtbase"), QStringLiteral("_"),
+                          QLibraryInfo::location(QLibraryInfo::TranslationsPath)))
+        app.installTranslator(&toolkitWords);
 
     IconTheme::install();
     Console console(parsed.options);

@@ -21,6 +21,8 @@ using vorandel::TYPE_ID;
 
 namespace {
 const QString Prefix = QStringLiteral("data.");
+// Links from a subject or a department to an access group.
+constexpr unsigned int AccessGroupLink = 7;
 
 void dropEmptyValues(QHash<QString, QString>& parameters)
 {
@@ -117,6 +119,8 @@ Reply DataService::addObject(const Session&, QDataStream& in)
         error = m_workflow.prepareNew(object);
     else if (object.type == db::misc::CARD)
         error = checkCard(object);
+    else if (object.type == db::orgstructure::WORKER)
+        inheritDepartmentAccess(object);
     if (!error.isEmpty())
         return Reply::failure(error);
 
@@ -366,6 +370,18 @@ Reply DataService::dismissWorker(const Session&, QDataStream& in)
     worker.parameters.insert(QStringLiteral("PT_DISMISS_DATE"), date.toString(Qt::ISODate));
     m_store.put(worker);
     return Reply::success(int(uid));
+}
+
+void DataService::inheritDepartmentAccess(ObjectInfo& worker) const
+{
+    const ObjectInfo* department = m_store.object(worker.parent, vorandel::ORGSTRUCTURE_DATANAME);
+    if (!department)
+        return;
+    const QList<INHERIT_DATA> groups = department->inherits.values(AccessGroupLink);
+    for (const INHERIT_DATA& group : groups) {
+        removeLinks(worker, AccessGroupLink, group.second);
+        worker.inherits.insert(AccessGroupLink, INHERIT_DATA(worker.uid, group.second, AccessGroupLink));
+    }
 }
 
 QString DataService::checkCard(const ObjectInfo& card, const QList<TYPE_ID>& released) const

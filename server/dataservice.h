@@ -21,7 +21,8 @@ class ObjectStore;
 //
 // A worker's access groups are links from the worker to each group, of the type that the change
 // names (7 for a policy, 2 otherwise). Only the subject named changes, whatever "set_child" says:
-// the subjects here are workers, who have no children.
+// the subjects here are workers, who have no children. A department's access groups are links
+// of type 7 from the department; a worker made in a department starts with a copy of them.
 //
 // A worker's cards are links of type 3 from him, and card objects that name him in
 // "PT_SUBJECT_ID"; removing either side removes the other.
@@ -57,6 +58,8 @@ private:
     // A card needs a number that no other card carries, not counting the cards being released;
     // an error text, or empty.
     QString checkCard(const vorandel::ObjectInfo& card, const QList<vorandel::TYPE_ID>& released = {}) const;
+    // A new worker takes the access groups of his department.
+    void inheritDepartmentAccess(vorandel::ObjectInfo& worker) const;
 
     ObjectStore& m_store;
     const QHash<QByteArray, Session>& m_sessions;

@@ -144,6 +144,7 @@ QList<Account> SeedData::populate()
     addOrganisation(scaled(30, requests, 0));
     addJobs();
     addAccessGroups(scaled(100, requests, 8));
+    addDepartmentAccess();
     const QList<Account> accounts = addUsers(scaled(200, requests, 12));
     addConfirmLists(accounts);
     addDevices();
@@ -210,6 +211,26 @@ void SeedData::addAccessGroups(int count)
         if (!hidden)
             m_openGroups.append(QString::number(uid));
     }
+}
+
+void SeedData::addDepartmentAccess()
+{
+    // Links of type 7 from a department to a group: what every worker taken on there gets. The
+    // staff pass the main gate and one more place; visitors and contractors their own gate; the
+    // guests of the directorate get nothing but what each pass gives.
+    const auto give = [this](TYPE_ID department, const QVector<QString>& groups) {
+        ObjectInfo unit = *m_store.object(department);
+        for (const QString& group : groups)
+            unit.inherits.insert(7, INHERIT_DATA(department, group.toUInt(), 7));
+        m_store.put(unit);
+    };
+    const int open = m_openGroups.size();
+    if (open < 3)
+        return;
+    for (int i = 0; i < m_departments.size(); ++i)
+        give(m_departments.at(i), {m_openGroups.at(0), m_openGroups.at(2 + i % (open - 2))});
+    give(m_guestDepartments.at(0), {m_openGroups.at(0)});
+    give(m_guestDepartments.at(1), {m_openGroups.at(1)});
 }
 
 QList<Account> SeedData::addUsers(int count)

@@ -21,7 +21,8 @@ struct SeedOptions
     quint32 randomSeed = 20261122;
 };
 
-// The demo data set: an organisation with its departments, access groups, console users, confirm
+// The demo data set: an organisation with its departments (most of them with the access groups
+// that their workers get), access groups, console users, confirm
 // lists, devices, jobs, schedules and settings, and then visitors (workers) with cards, templates
 // and portraits, and their pass requests in every state, with chains walked as far as the state
 // says. The same options on the same day give the same set.
@@ -72,6 +73,7 @@ private:
     void addOrganisation(int workshops);
     void addJobs();
     void addAccessGroups(int count);
+    void addDepartmentAccess();
     QList<Account> addUsers(int count);
     void addConfirmLists(const QList<Account>& accounts);
     void addDevices();

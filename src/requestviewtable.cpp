@@ -275,7 +275,10 @@ void RequestView::selectRequest(TYPE_ID uid)
     table->clearSelection();
     table->selectionModel()->select(
         row, QItemSelectionModel::Select | QItemSelectionModel::Current | QItemSelectionModel::Rows);
-    table->scrollTo(row, QAbstractItemView::PositionAtTop);
+    // Column 0 is hidden by default, and a view doesn't scroll to a hidden cell: the row is shown
+    // through the column at the left edge.
+    const int shownColumn = table->horizontalHeader()->logicalIndexAt(0);
+    table->scrollTo(shownColumn < 0 ? row : row.siblingAtColumn(shownColumn), QAbstractItemView::PositionAtTop);
     table->setFocus(Qt::OtherFocusReason);
 }
 

@@ -30,6 +30,8 @@ void VDObjectSelector::setDataname(const QString& dataname)
         setProxyModel(new ObjectTreeProxy(this));
     m_proxy->setSourceModel(vorandel::LocalStorage::instance()->model(dataname));
     setModel(m_proxy);
+    // A new model puts the combo box on its first row; nothing is chosen until somebody chooses.
+    setCurrentIndex(-1);
     setCurrentUid(0);
 }
 

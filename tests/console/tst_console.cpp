@@ -7,22 +7,29 @@
 #include "localstorage.h"
 #include "mainwindow.h"
 #include "pluginhost.h"
+#include "screenshot.h"
 #include "testenvironment.h"
 #include "vdguiglobals.h"
 #include "vdplugininterface.h"
 #include "vdserverinterface.h"
 
 #include <QAbstractButton>
+#include <QAction>
+#include <QDialog>
 #include <QDir>
 #include <QFileInfo>
 #include <QImage>
 #include <QLabel>
+#include <QLineEdit>
+#include <QMainWindow>
 #include <QPointer>
 #include <QProcess>
 #include <QRegularExpression>
 #include <QStackedWidget>
 #include <QTabWidget>
 #include <QTemporaryDir>
+#include <QVBoxLayout>
+#include <QWizard>
 #include <QtTest>
 
 #include <algorithm>
@@ -53,6 +60,19 @@ QStringList names(const QList<VDPluginInterface*>& plugins)
         names << plugin->pluginName();
     return names;
 }
+
+// A wizard page with one field that must be filled in.
+class TextPage : public QWizardPage
+{
+public:
+    explicit TextPage(const QString& name)
+    {
+        auto* edit = new QLineEdit(this);
+        edit->setObjectName(name);
+        registerField(name + QLatin1Char('*'), edit);
+        (new QVBoxLayout(this))->addWidget(edit);
+    }
+};
 
 // Runs the real program off screen, with settings of its own; its exit code, -1 if it crashed or hung.
 int runConsole(QProcess& process, const QStringList& arguments, const QTemporaryDir& home)
@@ -120,6 +140,178 @@ private slots:
             QVERIFY2(parsed.text.contains(expected), qPrintable(parsed.text));
         else
             QCOMPARE(values.join(QLatin1Char('|')), expected);
+    }
+
+    void screenshotScript_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QString>("expected");  // rows|action|page|inputs|main, or what the error names
+
+        const QStringList shot{"--screenshot", "s.png"};
+        QTest::newRow("main window only") << shot << "1|||0|false";
+        QTest::newRow("a dialog's tab")
+            << shot + QStringList{"--screenshot-rows", "3", "--screenshot-action", "actionSettings", "--screenshot-page", "4"}
+            << "3|actionSettings|4|0|false";
+        QTest::newRow("typing on the way")
+            << shot + QStringList{"--screenshot-action", "actionAddRequest", "--screenshot-input", "leSurname=Ива{Down}{Return}",
+                                  "--screenshot-input", "tbAddPolicy={Space}", "--screenshot-input", "leName=a=b",
+                                  "--screenshot-main"}
+            << "1|actionAddRequest||3|true";
+        QTest::newRow("rows without a screenshot") << QStringList{"--screenshot-rows", "2"} << "--screenshot-rows needs --screenshot";
+        QTest::newRow("page without an action") << shot + QStringList{"--screenshot-page", "1"}
+                                                << "--screenshot-page needs --screenshot-action";
+        QTest::newRow("negative page") << shot + QStringList{"--screenshot-action", "a", "--screenshot-page", "-1"} << "'-1'";
+        QTest::newRow("input without a widget") << shot + QStringList{"--screenshot-action", "a", "--screenshot-input", "=x"}
+                                                << "OBJECT=TEXT";
+        QTest::newRow("misspelt key") << shot + QStringList{"--screenshot-action", "a", "--screenshot-input", "x=ab{Retrun}"}
+                                      << "unknown key {Retrun}";
+    }
+
+    void screenshotScript()
+    {
+        QFETCH(QStringList, arguments);
+        QFETCH(QString, expected);
+
+        const ConsoleOptions::Parsed parsed = ConsoleOptions::parse(QStringList{"vdconsole"} + arguments);
+        if (parsed.outcome == ConsoleOptions::Parsed::Error) {
+            QVERIFY2(parsed.text.contains(expected), qPrintable(parsed.text));
+            return;
+        }
+        const ConsoleOptions::ScreenshotScript& script = parsed.options.screenshot;
+        const QStringList values{QString::number(script.rows), script.action,
+                                 script.page ? QString::number(*script.page) : QString(),
+                                 QString::number(script.inputs.size()), script.mainWindow ? "true" : "false"};
+        QCOMPARE(values.join(QLatin1Char('|')), expected);
+    }
+
+    // A window of a tab with actions that open a wizard and a dialog with tabs; the picture is of
+    // what the action opens, filled in and walked to the page asked for.
+    void shootsWhatAnActionOpens_data()
+    {
+        QTest::addColumn<QString>("action");
+        QTest::addColumn<QStringList>("inputs");
+        QTest::addColumn<int>("page");  // -1: none
+        QTest::addColumn<bool>("mainWindow");
+        QTest::addColumn<QString>("shown");  // what the picture shows, or why there is none
+
+        QTest::newRow("wizard, filled in and walked on")
+            << "actionWizard" << QStringList{"name=Ива{Return}", "note=готово"} << 1 << false << "wizard 1 Ива готово";
+        QTest::newRow("wizard, first page") << "actionWizard" << QStringList{"name=Ив"} << -1 << false << "wizard 0 Ив ";
+        QTest::newRow("incomplete page") << "actionWizard" << QStringList() << 1 << false
+                                         << "page 0 of the wizard is not complete";
+        QTest::newRow("no such field") << "actionWizard" << QStringList{"nowhere=x"} << 1 << false
+                                       << "found no field 'nowhere'";
+        QTest::newRow("tab of a dialog") << "actionTabs" << QStringList() << 2 << false << "tabs 2";
+        QTest::newRow("no such tab") << "actionTabs" << QStringList() << 5 << false << "has 3 tab(s)";
+        QTest::newRow("main window after all") << "actionTabs" << QStringList() << 1 << true << "main";
+        QTest::newRow("no such action") << "actionNone" << QStringList() << -1 << false << "no action 'actionNone'";
+    }
+
+    void shootsWhatAnActionOpens()
+    {
+        QFETCH(QString, action);
+        QFETCH(QStringList, inputs);
+        QFETCH(int, page);
+        QFETCH(bool, mainWindow);
+        QFETCH(QString, shown);
+
+        QMainWindow window;
+        auto* tabs = new QTabWidget(&window);
+        window.setCentralWidget(tabs);
+        auto* tab = new QWidget;
+        tabs->addTab(tab, QStringLiteral("Заявки"));
+        QWizard* wizard = nullptr;
+        QDialog* dialog = nullptr;
+        auto* openWizard = new QAction(tab);
+        openWizard->setObjectName(QStringLiteral("actionWizard"));
+        connect(openWizard, &QAction::triggered, tab, [&] {
+            wizard = new QWizard(tab);
+            wizard->setPage(0, new TextPage(QStringLiteral("name")));
+            wizard->setPage(1, new TextPage(QStringLiteral("note")));
+            wizard->show();
+        });
+        auto* openTabs = new QAction(tab);
+        openTabs->setObjectName(QStringLiteral("actionTabs"));
+        connect(openTabs, &QAction::triggered, tab, [&] {
+            dialog = new QDialog(tab);
+            auto* pages = new QTabWidget(dialog);
+            for (int i = 0; i < 3; ++i)
+                pages->addTab(new QLabel(QString::number(i)), QString::number(i));
+            (new QVBoxLayout(dialog))->addWidget(pages);
+            dialog->exec();  // a loop of its own
+        });
+        window.resize(500, 300);
+        window.show();
+
+        const QTemporaryDir folder;
+        const QString file = folder.filePath(QStringLiteral("shot.png"));
+        const QStringList arguments = QStringList{"vdconsole", "--screenshot", file, "--screenshot-action", action}
+            + (page >= 0 ? QStringList{"--screenshot-page", QString::number(page)} : QStringList())
+            + (mainWindow ? QStringList{"--screenshot-main"} : QStringList());
+        QStringList all = arguments;
+        for (const QString& input : inputs)
+            all << "--screenshot-input" << input;
+        const ConsoleOptions::Parsed parsed = ConsoleOptions::parse(all);
+        QCOMPARE(parsed.outcome, ConsoleOptions::Parsed::Run);
+
+        Screenshot screenshot(&window, tabs, file, parsed.options.screenshot);
+        QSignalSpy finished(&screenshot, &Screenshot::finished);
+        // As the console quits, so the dialog's own loop ends.
+        connect(&screenshot, &Screenshot::finished, tab, [&] {
+            if (dialog)
+                dialog->reject();
+        });
+        QtMessageHandler previous = qInstallMessageHandler([](QtMsgType type, const QMessageLogContext&, const QString& text) {
+            if (type == QtCriticalMsg)
+                qApp->setProperty("complaint", text);
+        });
+        qApp->setProperty("complaint", QString());
+        screenshot.take();
+        QVERIFY(finished.wait(20000));
+        qInstallMessageHandler(previous);
+        const int exitCode = finished.first().first().toInt();
+        const QImage picture(file);
+        if (shown == "main") {
+            QCOMPARE(exitCode, 0);
+            QCOMPARE(picture.size(), window.size());
+        } else if (shown.startsWith("wizard")) {
+            QCOMPARE(exitCode, 0);
+            QCOMPARE(picture.size(), wizard->size());
+            const QString state = QStringList{"wizard", QString::number(wizard->currentId()), wizard->field("name").toString(),
+                                              wizard->field("note").toString()}.join(' ');
+            QCOMPARE(state, shown);
+        } else if (shown.startsWith("tabs")) {
+            QCOMPARE(exitCode, 0);
+            QCOMPARE(picture.size(), dialog->size());
+            QCOMPARE("tabs " + QString::number(dialog->findChild<QTabWidget*>()->currentIndex()), shown);
+        } else {
+            QCOMPARE(exitCode, 1);
+            const QString complaint = qApp->property("complaint").toString();
+            QVERIFY2(complaint.contains(shown), qPrintable(complaint));
+        }
+    }
+
+    // Pop-ups and tool tips over a window are in its picture, where they stand.
+    void pictureHasThePopupsOverIt()
+    {
+        QWidget window;
+        window.setStyleSheet("background: white");
+        window.setAutoFillBackground(true);
+        window.resize(200, 150);
+        window.move(100, 100);
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        QLabel tip(nullptr, Qt::ToolTip);
+        tip.setStyleSheet("background: red");
+        tip.setAutoFillBackground(true);
+        tip.setGeometry(QRect(window.mapToGlobal(QPoint(150, 100)), QSize(100, 100)));
+        tip.show();
+        const QImage picture = Screenshot::grabWithPopups(&window).toImage();
+        QCOMPARE(picture.size(), QSize(200, 150));
+        QCOMPARE(picture.pixelColor(170, 120), QColor(Qt::red));
+        QCOMPARE(picture.pixelColor(20, 20), QColor(Qt::white));
+        tip.hide();
+        QCOMPARE(Screenshot::grabWithPopups(&window).toImage().pixelColor(170, 120), QColor(Qt::white));
     }
 
     void drawsEveryIconOfThePlugin_data()

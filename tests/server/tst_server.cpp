@@ -322,6 +322,68 @@ private slots:
                  QList<INHERIT_DATA>{INHERIT_DATA(worker, group, 7)});
     }
 
+    // A worker taken on in a department gets its access groups, each of which can be taken away
+    // again; a department without groups gives none.
+    void aNewWorkerTakesTheAccessOfHisDepartment()
+    {
+        ServerFixture f;
+        QList<ObjectInfo> withGroups;
+        ObjectInfo withoutGroups;
+        for (const ObjectInfo& unit : f.objects(ORGSTRUCTURE_DATANAME)) {
+            if (unit.type != db::orgstructure::DEPARTMENT)
+                continue;
+            if (unit.inherits.contains(7))
+                withGroups << unit;
+            else
+                withoutGroups = unit;
+        }
+        QVERIFY2(!withGroups.isEmpty() && withoutGroups.uid != 0, "the demo set has departments with and without groups");
+        const QString defaultDepartment = f.server.dbSettings().value(db::database::DEFAULT_DEPARTMENT);
+        QVERIFY(f.object(ORGSTRUCTURE_DATANAME, defaultDepartment.toUInt()).inherits.contains(7));
+
+        const ObjectInfo& department = withGroups.first();
+        ObjectInfo worker = record(0, db::orgstructure::WORKER, {{"PT_SURNAME", "Новиков"}});
+        worker.parent = department.uid;
+        const TYPE_ID uid = ServerFixture::first<int>(f.data(QStringLiteral("addObject"), worker));
+        QList<TYPE_ID> given;
+        for (const INHERIT_DATA& link : f.object(SUBJECT_DATANAME, uid).inherits.values(7)) {
+            QCOMPARE(link.first, uid);
+            given << link.second;
+        }
+        QList<TYPE_ID> groups;
+        for (const INHERIT_DATA& link : department.inherits.values(7))
+            groups << link.second;
+        std::sort(given.begin(), given.end());
+        std::sort(groups.begin(), groups.end());
+        QCOMPARE(given, groups);
+
+        const ACCESS_CHANGES removal{uid, groups.first(), false, false, 7};
+        QCOMPARE(f.data(QStringLiteral("changeUserAccess"), QList<ACCESS_CHANGES>{removal}).status, int(Command::StatusOk));
+        QCOMPARE(f.object(SUBJECT_DATANAME, uid).inherits.count(7), groups.size() - 1);
+        QVERIFY(!f.object(ORGSTRUCTURE_DATANAME, department.uid).inherits.values(7).isEmpty());
+
+        worker.parent = withoutGroups.uid;
+        const TYPE_ID plain = ServerFixture::first<int>(f.data(QStringLiteral("addObject"), worker));
+        QVERIFY(f.object(SUBJECT_DATANAME, plain).inherits.isEmpty());
+    }
+
+    // A removed request leaves the store, and whoever keeps a copy hears of it.
+    void removingARequestIsAnnounced()
+    {
+        ServerFixture f;
+        const TYPE_ID request = raise(f, Visitor);
+        QSignalSpy removed(&f.server, &Server::objectsRemoved);
+        const Command answer = f.data(QStringLiteral("removeObject"), record(request, db::misc::PASS_REQUEST));
+        QCOMPARE(answer.status, int(Command::StatusOk));
+        QVERIFY(!f.server.objects(PASS_REQUEST_DATANAME)->contains(request));
+        QTRY_COMPARE(removed.count(), 1);
+        QCOMPARE(removed.first().at(0).toString(), PASS_REQUEST_DATANAME);
+        QCOMPARE(removed.first().at(1).value<QList<TYPE_ID>>(), QList<TYPE_ID>{request});
+        // Twice is once too many.
+        const Command again = f.data(QStringLiteral("removeObject"), record(request, db::misc::PASS_REQUEST));
+        QCOMPARE(again.status, int(Command::StatusFailed));
+    }
+
     void decisions_data()
     {
         // Who, in whose name, the type of link, and how it goes; or who writes which state.
