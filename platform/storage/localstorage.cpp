@@ -119,7 +119,10 @@ ObjectTreeModel* LocalStorage::model(const QString& dataname)
     if (!slot)
         slot = std::make_unique<Table>();
     if (!slot->model) {
-        slot->model = new ObjectTreeModel(this);
+        // The organisation structure is shown as what it is, departments under firms under the
+        // root; every other table is a list.
+        const auto shape = dataname == ORGSTRUCTURE_DATANAME ? ObjectTreeModel::Tree : ObjectTreeModel::List;
+        slot->model = new ObjectTreeModel(shape, this);
         slot->model->setObjectName(dataname);
         for (const ObjectInfo& info : qAsConst(slot->objects))
             slot->model->add(info);
