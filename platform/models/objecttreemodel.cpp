@@ -3,6 +3,8 @@
 #include "platformlogging.h"
 #include "vdglobals.h"
 
+#include <QIcon>
+
 #include <unordered_map>
 
 // One object of the tree shape. Its index carries the uid of the node it sits under as its
@@ -20,6 +22,7 @@ struct ObjectTreeModel::TreeState
 {
     std::unordered_map<unsigned int, Node> nodes;  // node addresses stay put as others come and go
     Node top;                                      // the top-level rows are its children
+    QHash<QString, QIcon> icons;                   // by object type
 
     Node* find(unsigned int uid)
     {
@@ -244,6 +247,11 @@ QVariant ObjectTreeModel::data(const QModelIndex& index, int role) const
             return *value;
         }
         return columnData(row, index.column());
+    case Qt::DecorationRole:
+        // A tree is read by the kind of each node, so each shows the icon of its type.
+        if (node && index.column() == 0)
+            return typeIcon(row.type);
+        return {};
     case Qt::UserRole:
         return columnData(row, index.column());
     case ParametersRole: {
@@ -299,6 +307,14 @@ QVariant ObjectTreeModel::columnData(const vorandel::ObjectInfo& info, int colum
 }
 
 // --- tree shape ----------------------------------------------------------------------------
+
+QIcon ObjectTreeModel::typeIcon(const QString& type) const
+{
+    auto it = m_tree->icons.find(type);
+    if (it == m_tree->icons.end())
+        it = m_tree->icons.insert(type, QIcon::fromTheme(QStringLiteral("object-") + type));
+    return *it;
+}
 
 ObjectTreeModel::Node* ObjectTreeModel::nodeOf(const QModelIndex& index) const
 {

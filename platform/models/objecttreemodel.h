@@ -20,7 +20,8 @@
 // waiting at the top until their parent arrives, and puts the children of a removed object at
 // the top. An object is never put under itself or under one of its own descendants.
 //
-// Roles: display and edit give the hand-set value or columnData(); Qt::UserRole gives
+// Roles: display and edit give the hand-set value or columnData(); in a tree, decoration gives
+// the icon of the object's type ("object-" and the type, from the theme); Qt::UserRole gives
 // columnData() itself; Qt::UserRole + 1 gives the record's parameters as a QVariantHash.
 class VDPLATFORM_EXPORT ObjectTreeModel : public QAbstractItemModel
 {
@@ -76,6 +77,7 @@ private:
 
     const QVariant* handSet(int row, int column) const;
     // Tree shape.
+    QIcon typeIcon(const QString& type) const;
     Node* nodeOf(const QModelIndex& index) const;
     QModelIndex indexOf(const Node& node, int column = 0) const;
     QModelIndex treeAdd(const vorandel::ObjectInfo& info);
