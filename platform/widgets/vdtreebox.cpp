@@ -98,6 +98,11 @@ bool VDTreeBox::hasChoice() const
 void VDTreeBox::showPopup()
 {
     setRootModelIndex(m_defaultRoot);
+    // A list keeps its names at the left edge; only a tree needs room for branch signs.
+    bool branches = false;
+    for (int row = 0, rows = model() ? model()->rowCount(m_defaultRoot) : 0; row < rows && !branches; ++row)
+        branches = model()->hasChildren(model()->index(row, 0, m_defaultRoot));
+    m_tree->setRootIsDecorated(branches);
     m_tree->expandAll();
     m_pressedInPopup = false;
     // Wide enough for the deepest name, whatever the width of the box.
