@@ -18,6 +18,8 @@ OrgstructureSelectionDialog::OrgstructureSelectionDialog(QWidget* parent)
       m_buttons(new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this))
 {
     setWindowTitle(tr("Выбор подразделения"));
+    m_buttons->button(QDialogButtonBox::Ok)->setText(tr("Выбрать"));
+    m_buttons->button(QDialogButtonBox::Cancel)->setText(tr("Отмена"));
     setWindowIcon(QIcon::fromTheme(QStringLiteral("object-OT_DEPARTMENT")));
     resize(420, 480);
 
@@ -32,6 +34,11 @@ OrgstructureSelectionDialog::OrgstructureSelectionDialog(QWidget* parent)
     m_tree->setEditTriggers(QAbstractItemView::NoEditTriggers);
     m_tree->setSelectionMode(QAbstractItemView::SingleSelection);
     m_tree->expandAll();
+    // Units that arrive while the dialog is open show opened as well.
+    connect(m_proxy, &QAbstractItemModel::rowsInserted, m_tree, [this](const QModelIndex& parent, int first, int last) {
+        for (int row = first; row <= last; ++row)
+            m_tree->expandRecursively(m_proxy->index(row, 0, parent));
+    });
 
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(m_tree);

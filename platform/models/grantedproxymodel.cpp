@@ -1,29 +1,22 @@
 #include "grantedproxymodel.h"
 
-#include "objecttreemodel.h"
-
 GrantedProxyModel::GrantedProxyModel(QObject* parent) : ObjectTreeProxy(parent) {}
 
 GrantedProxyModel::~GrantedProxyModel() = default;
 
 void GrantedProxyModel::setObjectTypeFilter(const QStringList& types)
 {
+    if (types == m_types)
+        return;
     m_types = types;
     invalidateFilter();
 }
 
-void GrantedProxyModel::setFilterAcceptsParents(bool accepts)
+bool GrantedProxyModel::filterAcceptsRow(int sourceRow, const QModelIndex& sourceParent) const
 {
-    m_acceptsParents = accepts;
-    invalidateFilter();
-}
-
-bool GrantedProxyModel::filterAcceptsRow(int sourceRow) const
-{
-    if (!ObjectTreeProxy::filterAcceptsRow(sourceRow))
+    if (!ObjectTreeProxy::filterAcceptsRow(sourceRow, sourceParent))
         return false;
-    if (m_types.isEmpty())
-        return true;
-    const auto* objects = qobject_cast<const ObjectTreeModel*>(sourceModel());
-    return !objects || m_types.contains(objects->infoAt(sourceRow).type);
+    // A source that holds no records has no types to tell apart.
+    const vorandel::ObjectInfo& object = sourceObject(sourceRow, sourceParent);
+    return m_types.isEmpty() || !object.isValid() || m_types.contains(object.type);
 }

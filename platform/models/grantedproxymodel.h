@@ -5,7 +5,9 @@
 #include <QStringList>
 
 // The objects that the logged-in operator may work with, narrowed to some object types. In the
-// stand-in every operator is granted every object; the type filter is real.
+// stand-in every operator is granted every object; the type filter is real, and applies to every
+// node of a tree (see ObjectTreeProxy::setFilterAcceptsParents for keeping the way down to a
+// node whose parents are of other types).
 class VDPLATFORM_EXPORT GrantedProxyModel : public ObjectTreeProxy
 {
     Q_OBJECT
@@ -16,15 +18,10 @@ public:
     // Only objects of these types pass; an empty list lets every type through.
     void setObjectTypeFilter(const QStringList& types);
     QStringList objectTypeFilter() const { return m_types; }
-    // A node that doesn't pass itself is still shown when one of its descendants passes, so
-    // that the tree keeps its way down to it.
-    void setFilterAcceptsParents(bool accepts);
-    bool filterAcceptsParents() const { return m_acceptsParents; }
 
 protected:
-    bool filterAcceptsRow(int sourceRow) const override;
+    bool filterAcceptsRow(int sourceRow, const QModelIndex& sourceParent) const override;
 
 private:
     QStringList m_types;
-    bool m_acceptsParents = false;
 };

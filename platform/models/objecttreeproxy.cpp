@@ -7,6 +7,23 @@
 #include <algorithm>
 #include <numeric>
 
+// A shown node of a tree source. Proxy indexes point at their node; a node's place among its
+// siblings is `row`.
+struct ObjectTreeProxy::TreeNode
+{
+    unsigned int uid = 0;  // 0 for the invisible node above the top-level rows
+    TreeNode* parent = nullptr;
+    int row = 0;
+    std::vector<std::unique_ptr<TreeNode>> children;
+};
+
+struct ObjectTreeProxy::TreeState
+{
+    TreeNode top;
+    QHash<unsigned int, TreeNode*> byUid;
+    QSet<unsigned int> leaving;  // source rows about to be removed, already out of the wanted tree
+};
+
 namespace {
 // Up to this many rows appear or disappear one by one; more make one layout change, which is
 // cheaper for the views than thousands of single inserts and keeps selections all the same.
@@ -25,6 +42,7 @@ void ObjectTreeProxy::setSourceModel(QAbstractItemModel* model)
     m_connections.clear();
     QAbstractProxyModel::setSourceModel(model);
     m_objects = qobject_cast<ObjectTreeModel*>(model);
+    m_tree.reset(m_objects && m_objects->shape() == ObjectTreeModel::Tree ? new TreeState : nullptr);
     if (model) {
         using M = QAbstractItemModel;
         m_connections << connect(model, &M::dataChanged, this, &ObjectTreeProxy::onDataChanged)
@@ -44,7 +62,10 @@ void ObjectTreeProxy::setSourceModel(QAbstractItemModel* model)
                       << connect(model, &M::headerDataChanged, this, &ObjectTreeProxy::headerDataChanged);
     }
     m_keysValid = false;
-    rebuildAll();
+    if (m_tree)
+        treeRebuild();
+    else
+        rebuildAll();
     endResetModel();
 }
 
@@ -55,6 +76,11 @@ void ObjectTreeProxy::setFilterUids(const QSet<unsigned int>& uids)
     // Sets handed on unchanged share their data, and compare in no time.
     if (m_uidFilterActive && uids == m_uids)
         return;
+    if (m_tree) {
+        m_uids = uids;
+        m_uidFilterActive = true;
+        return treeSync();
+    }
     // A search and then its end hand back the set that was there before. While nothing else has
     // changed, the rows that set let through are known without a lookup per row.
     const bool back = m_previous.valid && uids.size() == m_previous.uids.size() && uids == m_previous.uids;
@@ -136,6 +162,14 @@ void ObjectTreeProxy::addParameterFilter(const QString& name, const QStringList&
     invalidateFilter();
 }
 
+void ObjectTreeProxy::setFilterAcceptsParents(bool accepts)
+{
+    if (accepts == m_acceptsParents)
+        return;
+    m_acceptsParents = accepts;
+    invalidateFilter();
+}
+
 void ObjectTreeProxy::clearParameterFilters()
 {
     if (m_parameterFilters.isEmpty())
@@ -159,17 +193,17 @@ void ObjectTreeProxy::invalidateFilter()
     refilter({}, true);
 }
 
-bool ObjectTreeProxy::filterAcceptsRow(int sourceRow) const
+bool ObjectTreeProxy::filterAcceptsRow(int sourceRow, const QModelIndex& sourceParent) const
 {
-    if (m_uidFilterActive && !m_uids.contains(uidOfRow(sourceRow)))
+    if (m_uidFilterActive && !m_uids.contains(uidOfRow(sourceRow, sourceParent)))
         return false;
     for (auto it = m_columnFilters.cbegin(); it != m_columnFilters.cend(); ++it) {
-        const QModelIndex cell = sourceModel()->index(sourceRow, it.key());
+        const QModelIndex cell = sourceModel()->index(sourceRow, it.key(), sourceParent);
         if (!it.value().contains(sourceModel()->data(cell, m_filterRole).toString()))
             return false;
     }
     if (!m_parameterFilters.isEmpty() && m_objects) {
-        const auto& parameters = m_objects->infoAt(sourceRow).parameters;
+        const auto& parameters = sourceObject(sourceRow, sourceParent).parameters;
         for (const ParameterFilter& filter : m_parameterFilters) {
             const bool matches = filter.values.contains(parameters.value(filter.name));
             if (matches != (filter.type == KeepMatching))
@@ -179,20 +213,30 @@ bool ObjectTreeProxy::filterAcceptsRow(int sourceRow) const
     return true;
 }
 
-unsigned int ObjectTreeProxy::uidOfRow(int sourceRow) const
+const vorandel::ObjectInfo& ObjectTreeProxy::sourceObject(int sourceRow, const QModelIndex& sourceParent) const
+{
+    if (m_objects && !sourceParent.isValid())
+        return m_objects->infoAt(sourceRow);
+    static const vorandel::ObjectInfo invalid;
+    return m_objects ? m_objects->info(m_objects->index(sourceRow, 0, sourceParent)) : invalid;
+}
+
+unsigned int ObjectTreeProxy::uidOfRow(int sourceRow, const QModelIndex& sourceParent) const
 {
     if (m_objects)
-        return m_objects->uidAt(sourceRow);
-    return sourceModel()->data(sourceModel()->index(sourceRow, 0), Qt::EditRole).toUInt();
+        return sourceParent.isValid() ? sourceObject(sourceRow, sourceParent).uid : m_objects->uidAt(sourceRow);
+    return sourceModel()->data(sourceModel()->index(sourceRow, 0, sourceParent), Qt::EditRole).toUInt();
 }
 
 void ObjectTreeProxy::refilter(const QVector<int>& rows, bool all)
 {
+    if (m_tree)
+        return treeSync();
     const int count = all ? m_accepted.size() : rows.size();
     QVector<int> changed;
     for (int i = 0; i < count; ++i) {
         const int row = all ? i : rows.at(i);
-        if (bool(m_accepted[row]) != filterAcceptsRow(row))
+        if (bool(m_accepted[row]) != filterAcceptsRow(row, {}))
             changed.append(row);
     }
     publishChanged(changed);
@@ -239,6 +283,12 @@ void ObjectTreeProxy::sort(int column, Qt::SortOrder order)
         return;
     if (column != m_sortColumn)
         m_keysValid = false;
+    if (m_tree) {
+        m_sortColumn = column;
+        m_sortOrder = order;
+        m_keysValid = isSorted();  // worked out at each change; nothing is stale
+        return treeSync();
+    }
     changeLayout(
         [&] {
             m_sortColumn = column;
@@ -254,9 +304,9 @@ bool ObjectTreeProxy::isSorted() const
     return m_sortColumn >= 0 && sourceModel() && m_sortColumn < sourceModel()->columnCount();
 }
 
-ObjectTreeProxy::SortKey ObjectTreeProxy::makeKey(int sourceRow) const
+ObjectTreeProxy::SortKey ObjectTreeProxy::makeKey(int sourceRow, const QModelIndex& sourceParent) const
 {
-    const QVariant value = sourceModel()->data(sourceModel()->index(sourceRow, m_sortColumn), m_sortRole);
+    const QVariant value = sourceModel()->data(sourceModel()->index(sourceRow, m_sortColumn, sourceParent), m_sortRole);
     SortKey key;
     switch (value.userType()) {
     case QMetaType::UnknownType:
@@ -354,7 +404,7 @@ void ObjectTreeProxy::rebuildAll()
     const int rows = sourceModel() ? sourceModel()->rowCount() : 0;
     m_accepted.assign(size_t(rows), 0);
     for (int row = 0; row < rows; ++row)
-        m_accepted[size_t(row)] = filterAcceptsRow(row);
+        m_accepted[size_t(row)] = filterAcceptsRow(row, {});
     m_keysValid = false;
     resort();
     rebuildVisible();
@@ -460,7 +510,7 @@ void ObjectTreeProxy::updateRow(int sourceRow, bool keyMayChange, int firstColum
             moved = true;
         }
     }
-    const bool accepted = filterAcceptsRow(sourceRow);
+    const bool accepted = filterAcceptsRow(sourceRow, {});
     if (accepted != bool(m_accepted[size_t(sourceRow)])) {
         m_accepted[size_t(sourceRow)] = accepted;
         if (accepted)
@@ -496,6 +546,8 @@ void ObjectTreeProxy::updateRow(int sourceRow, bool keyMayChange, int firstColum
 void ObjectTreeProxy::onDataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight,
                                     const QVector<int>& roles)
 {
+    if (m_tree)
+        return treeSourceDataChanged(topLeft, bottomRight, roles);
     if (!topLeft.isValid() || topLeft.parent().isValid() || m_resetting)
         return;
     m_previous = {};
@@ -510,7 +562,7 @@ void ObjectTreeProxy::onDataChanged(const QModelIndex& topLeft, const QModelInde
     }
     changeLayout([&] {
         for (int row = first; row <= last; ++row) {
-            m_accepted[size_t(row)] = filterAcceptsRow(row);
+            m_accepted[size_t(row)] = filterAcceptsRow(row, {});
             if (keyMayChange)
                 m_keys[row] = makeKey(row);
         }
@@ -523,6 +575,8 @@ void ObjectTreeProxy::onDataChanged(const QModelIndex& topLeft, const QModelInde
 
 void ObjectTreeProxy::onRowsInserted(const QModelIndex& parent, int first, int last)
 {
+    if (m_tree)
+        return treeSync();
     if (parent.isValid() || m_resetting)
         return;
     m_previous = {};
@@ -538,7 +592,7 @@ void ObjectTreeProxy::onRowsInserted(const QModelIndex& parent, int first, int l
         return;
     }
     for (int row = first; row <= last; ++row) {
-        m_accepted.push_back(filterAcceptsRow(row));
+        m_accepted.push_back(filterAcceptsRow(row, {}));
         m_sourceToProxy.append(-1);
         if (m_keysValid) {
             m_keys.append(makeKey(row));
@@ -552,8 +606,10 @@ void ObjectTreeProxy::onRowsInserted(const QModelIndex& parent, int first, int l
     }
 }
 
-void ObjectTreeProxy::onRowsAboutToBeRemoved(const QModelIndex& parent, int, int)
+void ObjectTreeProxy::onRowsAboutToBeRemoved(const QModelIndex& parent, int first, int last)
 {
+    if (m_tree)
+        return treeSourceRowsLeaving(parent, first, last);
     if (parent.isValid() || m_resetting)
         return;
     beginResetModel();
@@ -562,6 +618,10 @@ void ObjectTreeProxy::onRowsAboutToBeRemoved(const QModelIndex& parent, int, int
 
 void ObjectTreeProxy::onRowsRemoved(const QModelIndex& parent, int, int)
 {
+    if (m_tree) {
+        m_tree->leaving.clear();
+        return treeSync();
+    }
     if (parent.isValid() || !m_resetting)
         return;
     m_resetting = false;
@@ -581,17 +641,24 @@ void ObjectTreeProxy::onModelReset()
 {
     m_resetting = false;
     m_keysValid = false;
-    rebuildAll();
+    if (m_tree)
+        treeRebuild();
+    else
+        rebuildAll();
     endResetModel();
 }
 
 void ObjectTreeProxy::onLayoutAboutToBeChanged()
 {
-    onModelAboutToBeReset();
+    // A tree keeps its nodes by uid, which a new layout of the source doesn't touch.
+    if (!m_tree)
+        onModelAboutToBeReset();
 }
 
 void ObjectTreeProxy::onLayoutChanged()
 {
+    if (m_tree)
+        return treeSync();
     onModelReset();
 }
 
@@ -599,6 +666,11 @@ void ObjectTreeProxy::onLayoutChanged()
 
 QModelIndex ObjectTreeProxy::mapToSource(const QModelIndex& proxyIndex) const
 {
+    if (m_tree) {
+        const TreeNode* node = treeNode(proxyIndex);
+        const QModelIndex source = node ? m_objects->indexForUid(node->uid) : QModelIndex();
+        return source.isValid() ? m_objects->index(source.row(), proxyIndex.column(), source.parent()) : QModelIndex();
+    }
     if (!proxyIndex.isValid() || !sourceModel() || proxyIndex.row() >= m_proxyToSource.size())
         return {};
     return sourceModel()->index(m_proxyToSource.at(proxyIndex.row()), proxyIndex.column());
@@ -606,6 +678,12 @@ QModelIndex ObjectTreeProxy::mapToSource(const QModelIndex& proxyIndex) const
 
 QModelIndex ObjectTreeProxy::mapFromSource(const QModelIndex& sourceIndex) const
 {
+    if (m_tree) {
+        if (!sourceIndex.isValid() || sourceIndex.model() != m_objects)
+            return {};
+        const TreeNode* node = m_tree->byUid.value(m_objects->info(sourceIndex).uid);
+        return node ? treeIndex(*node, sourceIndex.column()) : QModelIndex();
+    }
     if (!sourceIndex.isValid() || sourceIndex.model() != sourceModel() || sourceIndex.parent().isValid())
         return {};
     const int row = m_sourceToProxy.value(sourceIndex.row(), -1);
@@ -614,33 +692,51 @@ QModelIndex ObjectTreeProxy::mapFromSource(const QModelIndex& sourceIndex) const
 
 QModelIndex ObjectTreeProxy::index(int row, int column, const QModelIndex& parent) const
 {
+    if (m_tree) {
+        // Only column 0 has children.
+        const TreeNode* under = parent.isValid() ? (parent.column() == 0 ? treeNode(parent) : nullptr) : &m_tree->top;
+        if (!under || row < 0 || row >= int(under->children.size()) || column < 0 || column >= columnCount())
+            return {};
+        return createIndex(row, column, under->children[size_t(row)].get());
+    }
     if (parent.isValid() || row < 0 || row >= m_proxyToSource.size() || column < 0 || column >= columnCount())
         return {};
     return createIndex(row, column);
 }
 
-QModelIndex ObjectTreeProxy::parent(const QModelIndex&) const
+QModelIndex ObjectTreeProxy::parent(const QModelIndex& child) const
 {
-    return {};
+    const TreeNode* node = m_tree ? treeNode(child) : nullptr;
+    if (!node || node->parent == &m_tree->top)
+        return {};
+    return treeIndex(*node->parent);
 }
 
-QModelIndex ObjectTreeProxy::sibling(int row, int column, const QModelIndex&) const
+QModelIndex ObjectTreeProxy::sibling(int row, int column, const QModelIndex& idx) const
 {
-    return index(row, column);
+    return m_tree ? index(row, column, idx.parent()) : index(row, column);
 }
 
 int ObjectTreeProxy::rowCount(const QModelIndex& parent) const
 {
+    if (m_tree) {
+        const TreeNode* under = parent.isValid() ? (parent.column() == 0 ? treeNode(parent) : nullptr) : &m_tree->top;
+        return under ? int(under->children.size()) : 0;
+    }
     return parent.isValid() ? 0 : m_proxyToSource.size();
 }
 
 int ObjectTreeProxy::columnCount(const QModelIndex& parent) const
 {
+    if (m_tree)
+        return sourceModel()->columnCount();
     return parent.isValid() || !sourceModel() ? 0 : sourceModel()->columnCount();
 }
 
 bool ObjectTreeProxy::hasChildren(const QModelIndex& parent) const
 {
+    if (m_tree)
+        return rowCount(parent) > 0;
     return !parent.isValid() && !m_proxyToSource.isEmpty();
 }
 
@@ -649,4 +745,219 @@ QVariant ObjectTreeProxy::headerData(int section, Qt::Orientation orientation, i
     if (orientation == Qt::Horizontal && sourceModel())
         return sourceModel()->headerData(section, orientation, role);
     return QAbstractItemModel::headerData(section, orientation, role);
+}
+
+// --- tree sources --------------------------------------------------------------------------
+
+ObjectTreeProxy::TreeNode* ObjectTreeProxy::treeNode(const QModelIndex& proxyIndex) const
+{
+    if (!proxyIndex.isValid() || proxyIndex.model() != this)
+        return nullptr;
+    return static_cast<TreeNode*>(proxyIndex.internalPointer());
+}
+
+QModelIndex ObjectTreeProxy::treeIndex(const TreeNode& node, int column) const
+{
+    if (&node == &m_tree->top)
+        return {};
+    return createIndex(node.row, column, const_cast<TreeNode*>(&node));
+}
+
+ObjectTreeProxy::WantedTree ObjectTreeProxy::wantedTree() const
+{
+    WantedTree wanted;
+    collectWanted(QModelIndex(), 0, wanted);
+    return wanted;
+}
+
+bool ObjectTreeProxy::collectWanted(const QModelIndex& sourceParent, unsigned int parentUid, WantedTree& wanted) const
+{
+    struct Shown
+    {
+        int row;
+        unsigned int uid;
+        SortKey key;
+    };
+    std::vector<Shown> shown;
+    const bool sorted = isSorted();
+    const int rows = m_objects->rowCount(sourceParent);
+    for (int row = 0; row < rows; ++row) {
+        const QModelIndex child = m_objects->index(row, 0, sourceParent);
+        const unsigned int uid = m_objects->info(child).uid;
+        if (m_tree->leaving.contains(uid))
+            continue;
+        const bool below = collectWanted(child, uid, wanted);
+        if ((below && m_acceptsParents) || filterAcceptsRow(row, sourceParent))
+            shown.push_back({row, uid, sorted ? makeKey(row, sourceParent) : SortKey()});
+    }
+    if (sorted) {
+        std::sort(shown.begin(), shown.end(), [this](const Shown& a, const Shown& b) {
+            const int c = compareKeys(a.key, b.key);
+            if (c != 0)
+                return m_sortOrder == Qt::AscendingOrder ? c < 0 : c > 0;
+            return a.row < b.row;
+        });
+    }
+    QVector<unsigned int>& children = wanted[parentUid];
+    children.reserve(int(shown.size()));
+    for (const Shown& entry : shown)
+        children.append(entry.uid);
+    return !children.isEmpty();
+}
+
+void ObjectTreeProxy::treeRebuild()
+{
+    m_tree->top.children.clear();
+    m_tree->byUid.clear();
+    const WantedTree wanted = wantedTree();
+    for (unsigned int uid : wanted.value(0))
+        m_tree->top.children.push_back(treeBuild(uid, &m_tree->top, wanted));
+}
+
+std::unique_ptr<ObjectTreeProxy::TreeNode> ObjectTreeProxy::treeBuild(unsigned int uid, TreeNode* parent,
+                                                                         const WantedTree& wanted)
+{
+    auto node = std::make_unique<TreeNode>();
+    node->uid = uid;
+    node->parent = parent;
+    node->row = int(parent->children.size());
+    m_tree->byUid.insert(uid, node.get());
+    for (unsigned int child : wanted.value(uid))
+        node->children.push_back(treeBuild(child, node.get(), wanted));
+    return node;
+}
+
+void ObjectTreeProxy::treeForget(const TreeNode& node)
+{
+    const auto it = m_tree->byUid.find(node.uid);
+    if (it != m_tree->byUid.end() && it.value() == &node)
+        m_tree->byUid.erase(it);
+    for (const auto& child : node.children)
+        treeForget(*child);
+}
+
+void ObjectTreeProxy::treeSync()
+{
+    // Removals first, everywhere, then moves and insertions: an object that changed its parent
+    // leaves its old place before it appears at the new one.
+    const WantedTree wanted = wantedTree();
+    treeDrop(m_tree->top, wanted);
+    treeArrange(m_tree->top, wanted);
+}
+
+void ObjectTreeProxy::treeDrop(TreeNode& parent, const WantedTree& wanted)
+{
+    const QVector<unsigned int> want = wanted.value(parent.uid);
+    const QSet<unsigned int> keep(want.cbegin(), want.cend());
+    auto& children = parent.children;
+    for (int last = int(children.size()) - 1; last >= 0; --last) {
+        if (keep.contains(children[size_t(last)]->uid))
+            continue;
+        int first = last;
+        while (first > 0 && !keep.contains(children[size_t(first) - 1]->uid))
+            --first;
+        beginRemoveRows(treeIndex(parent), first, last);
+        for (int row = first; row <= last; ++row)
+            treeForget(*children[size_t(row)]);
+        children.erase(children.begin() + first, children.begin() + last + 1);
+        for (size_t row = size_t(first); row < children.size(); ++row)
+            children[row]->row = int(row);
+        endRemoveRows();
+        last = first;
+    }
+    for (const auto& child : children)
+        treeDrop(*child, wanted);
+}
+
+void ObjectTreeProxy::treeArrange(TreeNode& parent, const WantedTree& wanted)
+{
+    const QVector<unsigned int> want = wanted.value(parent.uid);
+    auto& children = parent.children;
+    QHash<unsigned int, TreeNode*> present;
+    for (const auto& child : children)
+        present.insert(child->uid, child.get());
+
+    // What stays keeps its nodes; only its order may have to follow the sorting.
+    QVector<TreeNode*> order;
+    for (unsigned int uid : want) {
+        if (TreeNode* node = present.value(uid))
+            order.append(node);
+    }
+    bool inOrder = true;
+    for (int row = 0; row < order.size() && inOrder; ++row)
+        inOrder = order.at(row) == children[size_t(row)].get();
+    if (!inOrder) {
+        const QModelIndex parentIndex = treeIndex(parent);
+        emit layoutAboutToBeChanged({parentIndex}, VerticalSortHint);
+        QModelIndexList from, to;
+        for (const QModelIndex& index : persistentIndexList()) {
+            if (treeNode(index) && treeNode(index)->parent == &parent)
+                from.append(index);
+        }
+        std::vector<std::unique_ptr<TreeNode>> arranged;
+        for (TreeNode* node : qAsConst(order)) {
+            auto it = std::find_if(children.begin(), children.end(), [node](const auto& c) { return c.get() == node; });
+            node->row = int(arranged.size());
+            arranged.push_back(std::move(*it));
+        }
+        children = std::move(arranged);
+        for (const QModelIndex& index : qAsConst(from))
+            to.append(treeIndex(*treeNode(index), index.column()));
+        changePersistentIndexList(from, to);
+        emit layoutChanged({parentIndex}, VerticalSortHint);
+    }
+
+    // The new ones go in by runs, each with its whole subtree.
+    QSet<const TreeNode*> fresh;
+    for (int at = 0; at < want.size();) {
+        if (at < int(children.size()) && children[size_t(at)]->uid == want.at(at)) {
+            ++at;
+            continue;
+        }
+        int end = at;
+        while (end < want.size() && !present.contains(want.at(end)))
+            ++end;
+        beginInsertRows(treeIndex(parent), at, end - 1);
+        for (int row = at; row < end; ++row) {
+            auto node = treeBuild(want.at(row), &parent, wanted);
+            fresh.insert(node.get());
+            children.insert(children.begin() + row, std::move(node));
+        }
+        for (size_t row = size_t(at); row < children.size(); ++row)
+            children[row]->row = int(row);
+        endInsertRows();
+        at = end;
+    }
+    for (const auto& child : children) {
+        if (!fresh.contains(child.get()))
+            treeArrange(*child, wanted);
+    }
+}
+
+void ObjectTreeProxy::treeSourceDataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight,
+                                            const QVector<int>& roles)
+{
+    if (!topLeft.isValid() || m_resetting)
+        return;
+    treeSync();
+    for (int row = topLeft.row(); row <= bottomRight.row(); ++row) {
+        const unsigned int uid = m_objects->info(m_objects->index(row, 0, topLeft.parent())).uid;
+        if (const TreeNode* node = m_tree->byUid.value(uid))
+            emit dataChanged(treeIndex(*node, topLeft.column()), treeIndex(*node, bottomRight.column()), roles);
+    }
+}
+
+void ObjectTreeProxy::treeSourceRowsLeaving(const QModelIndex& parent, int first, int last)
+{
+    // They go from the proxy while the source can still tell what they were.
+    QVector<QModelIndex> pending;
+    for (int row = first; row <= last; ++row)
+        pending.append(m_objects->index(row, 0, parent));
+    while (!pending.isEmpty()) {
+        const QModelIndex index = pending.takeLast();
+        m_tree->leaving.insert(m_objects->info(index).uid);
+        for (int row = 0, rows = m_objects->rowCount(index); row < rows; ++row)
+            pending.append(m_objects->index(row, 0, index));
+    }
+    treeSync();
 }

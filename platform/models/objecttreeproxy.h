@@ -1,5 +1,6 @@
 #pragma once
 
+#include "objectinfo.h"
 #include "vdplatform_export.h"
 
 #include <QAbstractProxyModel>
@@ -9,12 +10,15 @@
 #include <QVector>
 
 #include <functional>
+#include <memory>
 #include <vector>
 
 class ObjectTreeModel;
 
 // Sorting and filtering proxy over a list of objects, built for tables of hundreds of thousands
-// of rows that change one at a time.
+// of rows that change one at a time; and over a tree of objects (an ObjectTreeModel shaped as a
+// tree), where every node is filtered by the same rules and sorted among its siblings. Any other
+// source is taken as a list of its top-level rows.
 //
 // A row passes when all filters let it through:
 //  - the uid filter (setFilterUids): only rows whose uid is in the set; inactive until first set,
@@ -22,7 +26,12 @@ class ObjectTreeModel;
 //  - the column filters: the value of filterRole() in the column equals one of the values;
 //  - the parameter filters (ObjectTreeModel sources): a record's parameter among given values.
 //
-// Every source row keeps its place in a sorted order of all rows, with its sort key computed once
+// In a tree a node is shown when it passes and its parent is shown; with setFilterAcceptsParents
+// also when one of its descendants passes, so that the way down to it stays open. Trees are
+// small (the organisation structure): each change works out the whole tree anew and tells the
+// views only what differs.
+//
+// A list keeps every source row in a sorted order of all rows, with its sort key computed once
 // per change rather than at every comparison. A change of a single row therefore costs one key
 // and a binary search, and a new filter re-examines the rows without sorting anything again.
 class VDPLATFORM_EXPORT ObjectTreeProxy : public QAbstractProxyModel
@@ -50,6 +59,9 @@ public:
     void setColumnFilter(int column, const QStringList& values);
     void addParameterFilter(const QString& name, const QStringList& values, int type);
     void clearParameterFilters();
+    // In a tree: a node that doesn't pass is still shown when one of its descendants passes.
+    void setFilterAcceptsParents(bool accepts);
+    bool filterAcceptsParents() const { return m_acceptsParents; }
 
     void setFilterRole(int role);
     int filterRole() const { return m_filterRole; }
@@ -75,8 +87,11 @@ public:
     QModelIndex sibling(int row, int column, const QModelIndex& idx) const override;
 
 protected:
-    // Whether a source row passes; a subclass adds its own rules and calls this one.
-    virtual bool filterAcceptsRow(int sourceRow) const;
+    // Whether a source row passes (its parent is invalid in a list); a subclass adds its own
+    // rules and calls this one.
+    virtual bool filterAcceptsRow(int sourceRow, const QModelIndex& sourceParent) const;
+    // The record of a row of an ObjectTreeModel source; a shared invalid one for other sources.
+    const vorandel::ObjectInfo& sourceObject(int sourceRow, const QModelIndex& sourceParent) const;
     // Re-examines every row after a rule of a subclass has changed.
     void invalidateFilter();
 
@@ -89,8 +104,8 @@ private:
         QString text;
     };
 
-    unsigned int uidOfRow(int sourceRow) const;
-    SortKey makeKey(int sourceRow) const;
+    unsigned int uidOfRow(int sourceRow, const QModelIndex& sourceParent) const;
+    SortKey makeKey(int sourceRow, const QModelIndex& sourceParent = QModelIndex()) const;
     static int compareKeys(const SortKey& a, const SortKey& b);
     bool lessRow(int left, int right) const;  // in the order of the view; ties by source row
     bool isSorted() const;
@@ -124,6 +139,23 @@ private:
     void onLayoutAboutToBeChanged();
     void onLayoutChanged();
 
+    // Tree sources.
+    struct TreeNode;
+    struct TreeState;
+    using WantedTree = QHash<unsigned int, QVector<unsigned int>>;  // parent uid (0: top) -> children
+    WantedTree wantedTree() const;
+    bool collectWanted(const QModelIndex& sourceParent, unsigned int parentUid, WantedTree& wanted) const;
+    void treeRebuild();  // silently; callers signal a reset
+    void treeSync();     // brings the shown tree to the wanted one, telling the views
+    void treeDrop(TreeNode& parent, const WantedTree& wanted);
+    void treeArrange(TreeNode& parent, const WantedTree& wanted);
+    std::unique_ptr<TreeNode> treeBuild(unsigned int uid, TreeNode* parent, const WantedTree& wanted);
+    void treeForget(const TreeNode& node);
+    QModelIndex treeIndex(const TreeNode& node, int column = 0) const;
+    TreeNode* treeNode(const QModelIndex& proxyIndex) const;
+    void treeSourceDataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight, const QVector<int>& roles);
+    void treeSourceRowsLeaving(const QModelIndex& parent, int first, int last);
+
     ObjectTreeModel* m_objects = nullptr;  // the source when it is one: uids without data()
     QVector<QMetaObject::Connection> m_connections;
 
@@ -137,6 +169,7 @@ private:
         int type;
     };
     QVector<ParameterFilter> m_parameterFilters;
+    bool m_acceptsParents = false;
 
     int m_filterRole = Qt::DisplayRole;
     int m_sortRole = Qt::DisplayRole;
@@ -160,4 +193,6 @@ private:
     };
     Previous m_previous;
     bool m_resetting = false;
+
+    std::unique_ptr<TreeState> m_tree;  // only over a tree source
 };

@@ -7,6 +7,8 @@
 
 #include <QCryptographicHash>
 
+#include <algorithm>
+
 namespace vorandel {
 
 namespace {
@@ -111,10 +113,17 @@ ObjectTreeModel* LocalStorage::model(const QString& dataname)
     if (!slot)
         slot = std::make_unique<Table>();
     if (!slot->model) {
-        slot->model = new ObjectTreeModel(this);
+        // The organisation structure is shown as what it is, departments under firms under the
+        // root; every other table is a list.
+        const auto shape = dataname == ORGSTRUCTURE_DATANAME ? ObjectTreeModel::Tree : ObjectTreeModel::List;
+        slot->model = new ObjectTreeModel(shape, this);
         slot->model->setObjectName(dataname);
-        for (const ObjectInfo& info : qAsConst(slot->objects))
-            slot->model->add(info);
+        // By uid, the order in which the server made them: the same rows in the same order in
+        // every run, whatever the order of the hash.
+        QList<TYPE_ID> uids = slot->objects.keys();
+        std::sort(uids.begin(), uids.end());
+        for (const TYPE_ID uid : qAsConst(uids))
+            slot->model->add(slot->objects.value(uid));
     }
     return slot->model;
 }

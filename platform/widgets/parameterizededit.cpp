@@ -1,6 +1,12 @@
 #include "parameterizededit.h"
 
+#include <QEvent>
 #include <QValidator>
+
+namespace {
+// Soft enough to read through, clear enough to notice beside the other fields.
+const QColor MarkColour(255, 228, 225);
+}  // namespace
 
 ParameterizedEdit::ParameterizedEdit(QWidget* parent) : QLineEdit(parent)
 {
@@ -38,12 +44,27 @@ bool ParameterizedEdit::isMarked() const
     return m_marked;
 }
 
+void ParameterizedEdit::changeEvent(QEvent* event)
+{
+    QLineEdit::changeEvent(event);
+    if (event->type() == QEvent::EnabledChange)
+        updateMark();
+}
+
 void ParameterizedEdit::updateMark()
 {
-    const bool marked = m_highlight && !isTextValid();
+    const bool marked = m_highlight && isEnabled() && !isTextValid();
     if (marked == m_marked)
         return;
     m_marked = marked;
-    // A tinted background keeps the look of the style; only the base colour changes.
-    setStyleSheet(marked ? QStringLiteral("QLineEdit { background-color: #ffe4e1; }") : QString());
+    // Only the base colour changes, so the field keeps the frame and look of its neighbours.
+    if (marked) {
+        m_unmarked = palette();
+        QPalette tinted = m_unmarked;
+        tinted.setColor(QPalette::Active, QPalette::Base, MarkColour);
+        tinted.setColor(QPalette::Inactive, QPalette::Base, MarkColour);
+        setPalette(tinted);
+    } else {
+        setPalette(m_unmarked);
+    }
 }

@@ -3,9 +3,11 @@
 #include "vdplatform_export.h"
 
 #include <QLineEdit>
+#include <QPalette>
 
 // A line edit that can insist on a value: with empty text refused, or with a validator that
-// doesn't accept the text, it marks itself once highlighting is on.
+// doesn't accept the text, it marks itself (a tinted background) once highlighting is on, for as
+// long as the text isn't acceptable and the field is enabled.
 class VDPLATFORM_EXPORT ParameterizedEdit : public QLineEdit
 {
     Q_OBJECT
@@ -24,10 +26,14 @@ public:
     // Whether the field is marked now.
     bool isMarked() const;
 
+protected:
+    void changeEvent(QEvent* event) override;
+
 private:
     void updateMark();
 
     bool m_emptyTextAllowed = true;
     bool m_highlight = false;
     bool m_marked = false;
+    QPalette m_unmarked;  // the field's colours while it isn't marked
 };

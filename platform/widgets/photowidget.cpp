@@ -4,6 +4,7 @@
 
 #include <QEvent>
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QHBoxLayout>
 #include <QImageReader>
 #include <QLabel>
@@ -74,10 +75,17 @@ bool PhotoWidget::loadFromFile(const QString& path)
 
 void PhotoWidget::choosePhoto()
 {
-    const QString path = QFileDialog::getOpenFileName(
-        this, tr("Фотография"), QString(), tr("Изображения (*.png *.jpg *.jpeg *.bmp *.gif)"));
-    if (!path.isEmpty())
-        loadFromFile(path);
+    // Every format the installed image plug-ins read, and the folder of the last photo taken.
+    static QString folder;
+    QStringList patterns;
+    for (const QByteArray& format : QImageReader::supportedImageFormats())
+        patterns << QStringLiteral("*.") + QString::fromLatin1(format);
+    const QString path = QFileDialog::getOpenFileName(this, tr("Фотография"), folder,
+                                                      tr("Изображения (%1)").arg(patterns.join(QLatin1Char(' '))));
+    if (path.isEmpty())
+        return;
+    folder = QFileInfo(path).absolutePath();
+    loadFromFile(path);
 }
 
 void PhotoWidget::clear()

@@ -10,11 +10,17 @@
 #include <trie>
 
 class PromptMenuEditContentsFactory;
-class QListWidget;
+class QListView;
 
 // A line edit that offers hits while the operator types: the uids whose keys in a search index
-// begin with the text, drawn by a contents factory in a list below the field. Up and Down move
-// through the hits, Return or a click chooses one and emits found(uid), Escape closes the list.
+// begin with the typed text (lower-cased, as the store's indices hold their keys), drawn by a
+// contents factory in a list that opens under the field, ordered by their text.
+//
+// The list never takes the focus: the operator goes on typing, and the field steers the list.
+// Up, Down, Page Up and Page Down move through the hits, Return or a click chooses one and emits
+// found(uid), Escape closes the list, and so does leaving the field. Text set by the program
+// opens no list. The texts of all hits are made at once (they give the order), the pictures
+// only for the hits that come into view.
 class VDPLATFORM_EXPORT PromptMenuEdit : public ParameterizedEdit
 {
     Q_OBJECT
@@ -28,10 +34,19 @@ public:
     void setMenuFactory(PromptMenuEditContentsFactory* factory);
     // No more hits than this are offered.
     void setMaximumHits(int count);
+    // Rows of the list seen at once, the others by scrolling.
+    void setVisibleHits(int count);
 
     // The hits offered now, in the order shown; empty when the list is closed.
     QList<unsigned int> hits() const;
     bool isMenuVisible() const;
+    // The hit marked in the list (0 when none): Return would choose it.
+    unsigned int currentHit() const;
+    // The list itself (for tests and for the look of a page).
+    QListView* menu() const { return m_menu; }
+
+public slots:
+    void hideMenu();
 
 signals:
     void found(vorandel::TYPE_ID uid);
@@ -42,13 +57,18 @@ protected:
     void focusOutEvent(QFocusEvent* event) override;
 
 private:
+    class HitModel;
+    class HitDelegate;
+
     void search(const QString& text);
-    void choose(int row);
-    void hideMenu();
+    void showMenu();
+    void choose(const QModelIndex& index);
+    void moveBy(int rows);
 
     TrieStatic<unsigned int>* m_searcher = nullptr;
     std::unique_ptr<PromptMenuEditContentsFactory> m_factory;
-    QListWidget* m_menu = nullptr;
-    QList<unsigned int> m_hits;
-    int m_maximumHits = 20;
+    QListView* m_menu = nullptr;
+    HitModel* m_hits = nullptr;
+    int m_maximumHits = 1000;
+    int m_visibleHits = 8;
 };

@@ -8,9 +8,10 @@
 #include <QCheckBox>
 #include <QLabel>
 #include <QListView>
+#include <QListWidget>
 #include <QProgressBar>
+#include <QStyle>
 #include <QStandardItemModel>
-#include <QTextBrowser>
 #include <QVBoxLayout>
 
 namespace {
@@ -28,6 +29,9 @@ public:
 
 DeleteObjectWizard::DeleteObjectWizard(QWidget* parent) : PageListWizard(parent)
 {
+    // Tasks cross queued connections, and their outcomes come back by the slot's name.
+    qRegisterMetaType<vorandel::TaskInfo>("vorandel::TaskInfo");
+    qRegisterMetaType<vorandel::TYPE_ID>("vorandel::TYPE_ID");
     setWindowTitle(tr("Мастер удаления"));
     setMinimumSize(640, 420);
     setOption(QWizard::NoCancelButtonOnLastPage, true);
@@ -44,6 +48,7 @@ DeleteObjectWizard::DeleteObjectWizard(QWidget* parent) : PageListWizard(parent)
     m_list->setModel(m_model);
     m_list->setEditTriggers(QAbstractItemView::NoEditTriggers);
     m_list->setSelectionMode(QAbstractItemView::NoSelection);
+    m_list->setFocusPolicy(Qt::NoFocus);
     m_list->setWordWrap(true);
     m_verify = new QCheckBox(tr("Подтверждаю удаление"), m_listPage);
     m_verify->setObjectName(QStringLiteral("verifyBox"));
@@ -59,11 +64,17 @@ DeleteObjectWizard::DeleteObjectWizard(QWidget* parent) : PageListWizard(parent)
     m_progressPage->setTitle(tr("Удаление"));
     m_progress = new QProgressBar(m_progressPage);
     m_progress->setObjectName(QStringLiteral("progressBar"));
-    m_results = new QTextBrowser(m_progressPage);
+    m_summary = new QLabel(m_progressPage);
+    m_summary->setObjectName(QStringLiteral("summary"));
+    m_results = new QListWidget(m_progressPage);
     m_results->setObjectName(QStringLiteral("results"));
+    m_results->setSelectionMode(QAbstractItemView::NoSelection);
+    m_results->setFocusPolicy(Qt::NoFocus);
+    m_results->setWordWrap(true);
     progressPage->complete = [this] { return m_sent && m_pending.isEmpty(); };
     auto* progressLayout = new QVBoxLayout(m_progressPage);
     progressLayout->addWidget(m_progress);
+    progressLayout->addWidget(m_summary);
     progressLayout->addWidget(m_results);
 
     setPage(ListPage, m_listPage);
@@ -93,6 +104,12 @@ void DeleteObjectWizard::setItemDelegate(StyledItemDelegate* delegate, QAbstract
     (view ? view : m_list)->setItemDelegate(delegate);
 }
 
+QString DeleteObjectWizard::nameOf(vorandel::TYPE_ID uid) const
+{
+    const QString name = VDGlobals::objectName(vorandel::LocalStorage::instance()->object(uid));
+    return name.isEmpty() ? tr("Объект %1").arg(uid) : name;
+}
+
 void DeleteObjectWizard::fillList()
 {
     m_model->removeRows(0, m_model->rowCount());
@@ -101,7 +118,7 @@ void DeleteObjectWizard::fillList()
         QVariantHash parameters;
         for (auto it = object.parameters.cbegin(); it != object.parameters.cend(); ++it)
             parameters.insert(it.key(), it.value());
-        auto* name = new QStandardItem(VDGlobals::objectName(object));
+        auto* name = new QStandardItem(nameOf(uid));
         name->setData(parameters, ParametersRole);
         name->setData(uid, Qt::UserRole);
         name->setIcon(QIcon::fromTheme(QStringLiteral("object-%1").arg(object.type)));
@@ -122,8 +139,9 @@ void DeleteObjectWizard::sendTasks()
     m_pending = m_uids;
     m_progress->setRange(0, m_uids.size());
     m_progress->setValue(0);
+    m_summary->setText(tr("Удаление…"));
     for (const vorandel::TYPE_ID uid : qAsConst(m_uids)) {
-        const QString name = VDGlobals::objectName(vorandel::LocalStorage::instance()->object(uid));
+        const QString name = nameOf(uid);
         vorandel::TaskInfo task;
         task.uid = uid;
         task.type = QStringLiteral("delete_object");
@@ -143,14 +161,18 @@ void DeleteObjectWizard::objectRemoved(vorandel::TYPE_ID uid)
         return;
     const vorandel::TYPE_ID expected = m_pending.takeFirst();
     const QString name = m_model->item(m_uids.indexOf(expected))->text();
-    if (uid == 0) {
+    const bool removed = uid != 0;
+    if (!removed)
         ++m_failures;
-        m_results->append(tr("Ошибка удаления: %1").arg(name.toHtmlEscaped()));
-    } else {
-        m_results->append(tr("Удалено: %1").arg(name.toHtmlEscaped()));
-    }
+    auto* result = new QListWidgetItem(removed ? tr("Удалено: %1").arg(name) : tr("Ошибка удаления: %1").arg(name), m_results);
+    result->setIcon(removed ? QIcon::fromTheme(QStringLiteral("common-online"), style()->standardIcon(QStyle::SP_DialogApplyButton))
+                            : QIcon::fromTheme(QStringLiteral("common-cancel"), style()->standardIcon(QStyle::SP_MessageBoxCritical)));
+    result->setData(Qt::UserRole, expected);
+    m_results->scrollToItem(result);
     m_progress->setValue(m_progress->value() + 1);
-    if (m_pending.isEmpty())
-        m_results->append(m_failures == 0 ? tr("Удаление завершено.") : tr("Удаление завершено с ошибками."));
+    if (m_pending.isEmpty()) {
+        m_summary->setText(m_failures == 0 ? tr("Удаление завершено.")
+                                           : tr("Удаление завершено с ошибками: %1 из %2.").arg(m_failures).arg(m_uids.size()));
+    }
     emit m_progressPage->completeChanged();
 }

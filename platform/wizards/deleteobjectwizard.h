@@ -12,13 +12,14 @@ class QLabel;
 class QListView;
 class QProgressBar;
 class QStandardItemModel;
-class QTextBrowser;
+class QListWidget;
 class StyledItemDelegate;
 class VDWizardPage;
 
 // Removes objects of the store: the first page lists them and asks for the go-ahead, the second
 // hands one task "delete_object" per object to whoever listens to appendTask and shows how they
-// end.
+// end. Each task names the wizard's objectRemoved as the slot for its outcome: the uid removed,
+// or 0 for a failure; outcomes are taken in the order of the tasks.
 //
 // The list's model answers, for each object, its type in column 1 (display role) and its
 // parameters as a QVariantHash under role Qt::UserRole + 1 of column 0, so that a delegate can
@@ -40,9 +41,10 @@ public:
     // delegate without a parent becomes the wizard's.
     void setItemDelegate(StyledItemDelegate* delegate, QAbstractItemView* view);
 
-    // The list of the first page and its model (for tests).
+    // The list of the first page and its model, and the outcomes of the second (for tests).
     QListView* listView() const { return m_list; }
     QStandardItemModel* listModel() const { return m_model; }
+    QListWidget* resultList() const { return m_results; }
 
 public slots:
     // The result of one removal task; 0 is a failure.
@@ -57,6 +59,7 @@ protected slots:
 private:
     void fillList();
     void sendTasks();
+    QString nameOf(vorandel::TYPE_ID uid) const;
 
     VDWizardPage* m_listPage = nullptr;
     VDWizardPage* m_progressPage = nullptr;
@@ -64,7 +67,8 @@ private:
     QStandardItemModel* m_model = nullptr;
     QCheckBox* m_verify = nullptr;
     QProgressBar* m_progress = nullptr;
-    QTextBrowser* m_results = nullptr;
+    QLabel* m_summary = nullptr;
+    QListWidget* m_results = nullptr;
     QList<vorandel::TYPE_ID> m_uids;
     QList<vorandel::TYPE_ID> m_pending;  // sent and not answered, in the order of sending
     bool m_sent = false;

@@ -19,6 +19,8 @@ public:
 
     // The list beside the pages (for tests and for the look of a subclass).
     QListWidget* pageList() const { return m_pageList; }
+    // The id of the page marked as the current one in the list; -1 before the first is shown.
+    int markedPage() const;
 
 protected slots:
     // Brings the page list up to date with page `id` as the current one.
