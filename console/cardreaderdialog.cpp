@@ -17,6 +17,7 @@ CardReaderDialog::CardReaderDialog(const QString& readerName, QWidget* parent)
         new QRegularExpressionValidator(QRegularExpression(QStringLiteral("[1-9]\\d{0,18}")), ui->numberEdit));
     m_hold = ui->buttons->addButton(tr("Поднести карту"), QDialogButtonBox::AcceptRole);
     m_newCard = ui->buttons->addButton(tr("Новая карта"), QDialogButtonBox::AcceptRole);
+    ui->buttons->addButton(tr("Убрать карту"), QDialogButtonBox::RejectRole);
     m_hold->setEnabled(false);
     connect(ui->numberEdit, &QLineEdit::textChanged, this,
             [this] { m_hold->setEnabled(ui->numberEdit->hasAcceptableInput()); });

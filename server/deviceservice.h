@@ -1,5 +1,6 @@
 #pragma once
 
+#include "objectinfo.h"
 #include "service.h"
 
 #include <QHash>
@@ -9,8 +10,6 @@
 #include <set>
 #include <tuple>
 #include <utility>
-
-#include "objectinfo.h"
 
 namespace vdserver {
 

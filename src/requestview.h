@@ -17,6 +17,7 @@
 
 class RequestPropertiesView;
 class RequestViewPrivate;
+class TabbedDialog;
 class Ui_RequestView;
 class WorkerCardView;
 
@@ -121,8 +122,10 @@ private:
     void initFilterWidget();
     QList<vorandel::TYPE_ID> selectedRequestUids() const;
 
-    // The properties dialog: the connections its tabs get once, and what it does when the store
-    // takes its request or worker away.
+    // The properties dialog: made with its own connections (null when there is no memory for it),
+    // the connections its tabs get once, and what it does when the store takes its request or
+    // worker away.
+    TabbedDialog* createPropertiesDialog();
     void connectRequestTab(RequestPropertiesView* view);
     void connectCardTab(WorkerCardView* view);
     void propertiesObjectsRemoved(const QString& dataname, const QList<vorandel::TYPE_ID>& uids);

@@ -74,34 +74,9 @@ void RequestView::showRequestProperties(TYPE_ID uid, bool first_show)
         d->currentRequest = rows.first().data(Qt::DisplayRole).toUInt();
     }
 
-    TabbedDialog* dialog = d->propertiesDialog;
-    if (!dialog) {
-        try {
-            dialog = new TabbedDialog(this);
-        } catch (const std::bad_alloc&) {
-            QMessageBox::critical(VDGuiGlobals::vdApp, tr("Ошибка"),
-                                  tr("Ошибка создания диалога. Перезапустите программу"));
-            return;
-        }
-        d->propertiesDialog = dialog;
-        dialog->setModal(true);
-        dialog->setWindowModality(Qt::ApplicationModal);
-        dialog->setAttribute(Qt::WA_DeleteOnClose);
-        dialog->setWindowIcon(QIcon::fromTheme(QStringLiteral("action-config")));
-        dialog->setWindowTitle(tr("Свойства заявки"));
-        connect(this, &RequestView::requestSaved, dialog, &TabbedDialog::saved);
-        connect(dialog, &TabbedDialog::save, this, &RequestView::saveRequestWorker);
-        connect(this, QOverload<QString>::of(&RequestView::showMessage), dialog,
-                QOverload<const QString&>::of(&TabbedDialog::showMessage));
-        connect(this, QOverload<QString, QColor>::of(&RequestView::showMessage), dialog,
-                QOverload<const QString&, const QColor&>::of(&TabbedDialog::showMessage));
-        // The store may take the request or its worker away while the operator looks at them.
-        connect(LocalStorage::instance(), &LocalStorage::dataRemoved, dialog,
-                [this](const QString& dataname, const QList<TYPE_ID>& uids) { propertiesObjectsRemoved(dataname, uids); });
-        VDActionsInsertHelper::insertActionWidget(dialog->toolBar(), nullptr, ui->actionConfirmRequest);
-        VDActionsInsertHelper::insertActionWidget(dialog->toolBar(), nullptr, ui->actionRejectRequest);
-        dialog->showToolBar();
-    }
+    TabbedDialog* dialog = d->propertiesDialog ? d->propertiesDialog.data() : createPropertiesDialog();
+    if (!dialog)
+        return;
 
     auto* requestView = tabOf<RequestPropertiesView>(dialog, RequestTab);
     if (!requestView) {
@@ -219,6 +194,36 @@ void RequestView::showRequestProperties(TYPE_ID uid, bool first_show)
     }
 
     d->dataService->getUserFingers({d->currentWorker}, bind(&RequestView::fingerInfoRead));
+}
+
+TabbedDialog* RequestView::createPropertiesDialog()
+{
+    TabbedDialog* dialog = nullptr;
+    try {
+        dialog = new TabbedDialog(this);
+    } catch (const std::bad_alloc&) {
+        QMessageBox::critical(VDGuiGlobals::vdApp, tr("Ошибка"), tr("Ошибка создания диалога. Перезапустите программу"));
+        return nullptr;
+    }
+    d->propertiesDialog = dialog;
+    dialog->setModal(true);
+    dialog->setWindowModality(Qt::ApplicationModal);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->setWindowIcon(QIcon::fromTheme(QStringLiteral("action-config")));
+    dialog->setWindowTitle(tr("Свойства заявки"));
+    connect(this, &RequestView::requestSaved, dialog, &TabbedDialog::saved);
+    connect(dialog, &TabbedDialog::save, this, &RequestView::saveRequestWorker);
+    connect(this, QOverload<QString>::of(&RequestView::showMessage), dialog,
+            QOverload<const QString&>::of(&TabbedDialog::showMessage));
+    connect(this, QOverload<QString, QColor>::of(&RequestView::showMessage), dialog,
+            QOverload<const QString&, const QColor&>::of(&TabbedDialog::showMessage));
+    // The store may take the request or its worker away while the operator looks at them.
+    connect(LocalStorage::instance(), &LocalStorage::dataRemoved, dialog,
+            [this](const QString& dataname, const QList<TYPE_ID>& uids) { propertiesObjectsRemoved(dataname, uids); });
+    VDActionsInsertHelper::insertActionWidget(dialog->toolBar(), nullptr, ui->actionConfirmRequest);
+    VDActionsInsertHelper::insertActionWidget(dialog->toolBar(), nullptr, ui->actionRejectRequest);
+    dialog->showToolBar();
+    return dialog;
 }
 
 void RequestView::connectRequestTab(RequestPropertiesView* view)

@@ -63,7 +63,6 @@ FingerprintWidget::FingerprintWidget(QWidget* parent) : QWidget(parent), ui(std:
         box->setProperty("plainText", box->text());
         connect(box, &QCheckBox::toggled, this, &FingerprintWidget::updateControls);
     }
-    m_scanTimer.setInterval(m_scanDuration / StepsPerFinger);
     connect(&m_scanTimer, &QTimer::timeout, this, &FingerprintWidget::scanStep);
     connect(ui->scanButton, &QPushButton::clicked, this, &FingerprintWidget::scan);
     connect(ui->removeButton, &QPushButton::clicked, this, &FingerprintWidget::removeChosen);
@@ -231,17 +230,20 @@ void FingerprintWidget::store(const QList<TEMPLATE_DATA>& templates, const QStri
         if (!self || self->m_user != user)
             return;
         self->m_storing = false;
+        QProgressBar* progress = self->ui->progressBar;
         if (command.status == Command::StatusOk) {
             self->m_templates = templates;
             self->m_changed = true;
             self->chooseFingers({});
             self->showStatus(done);
-        } else if (command.status == Command::StatusBiometricsLocked) {
-            self->showStatus(tr("Запрещено редактирование биометрической информации"), true);
+            progress->setValue(progress->maximum());
         } else {
-            self->showStatus(tr("Отпечатки не сохранены: %1").arg(failureText(command)), true);
+            self->showStatus(command.status == Command::StatusBiometricsLocked
+                                 ? tr("Запрещено редактирование биометрической информации")
+                                 : tr("Отпечатки не сохранены: %1").arg(failureText(command)),
+                             true);
+            progress->setValue(0);
         }
-        self->ui->progressBar->setValue(0);
         self->updateFingers();
     });
 }

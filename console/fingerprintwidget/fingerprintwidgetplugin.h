@@ -39,6 +39,7 @@ private:
     void showWindow(Command& command);
     void windowClosed();
 
+    // Made on first use and owned here; a page that borrows it gives it back before it goes.
     QPointer<FingerprintWidget> m_widget;
     vd5sdk::Data* m_data = nullptr;  // belongs to this object
     QString m_reportTo;  // the identity whose request the open window serves

@@ -272,6 +272,7 @@ void WorkerCardView::cardsSaved(vorandel::TYPE_ID uid, const QString& error)
         removeCard(m_cards, card);
     }
     showCards();
+    emit showMessage(tr("Карты сохранены"));
 }
 
 void WorkerCardView::cardRead(const vorandel::ObjectInfo& card)
@@ -281,7 +282,8 @@ void WorkerCardView::cardRead(const vorandel::ObjectInfo& card)
         return;
     }
     finishReading();
-    addCard(card);
+    if (addCard(card))
+        emit showMessage(tr("Считана карта %1: она будет выдана при сохранении").arg(ot_card::number(card)));
 }
 
 void WorkerCardView::cardReadFailed()
@@ -320,12 +322,12 @@ QString WorkerCardView::refusalFor(const vorandel::ObjectInfo& card) const
     return {};
 }
 
-void WorkerCardView::addCard(vorandel::ObjectInfo card)
+bool WorkerCardView::addCard(vorandel::ObjectInfo card)
 {
     const QString refusal = refusalFor(card);
     if (!refusal.isEmpty()) {
         emit showCriticalMessage(refusal);
-        return;
+        return false;
     }
     const int removed = indexOfCard(m_removed, card);
     if (removed >= 0) {
@@ -338,6 +340,7 @@ void WorkerCardView::addCard(vorandel::ObjectInfo card)
     }
     showCards();
     emit dataEdited();
+    return true;
 }
 
 void WorkerCardView::addTypedCard()

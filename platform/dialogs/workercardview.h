@@ -74,7 +74,8 @@ signals:
 private:
     // A card the worker may get, or the reason why not.
     QString refusalFor(const vorandel::ObjectInfo& card) const;
-    void addCard(vorandel::ObjectInfo card);
+    // Adds the card unless it is refused, which is said; true when added.
+    bool addCard(vorandel::ObjectInfo card);
     void addTypedCard();
     void removeSelectedCard();
     void readOrCancel();
