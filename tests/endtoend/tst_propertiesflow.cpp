@@ -214,20 +214,6 @@ private slots:
         QCOMPARE(wire->sent(UpdateObject).size(), 1);
     }
 
-    void aDecidedRequestIsReadOnly()
-    {
-        const TYPE_ID uid = pick("2");
-        QVERIFY(uid);
-        QVERIFY(open(uid));
-        QVERIFY(!in<QLineEdit>("leCarNumber")->isEnabled());
-        QVERIFY(!in<QDateTimeEdit>("dtBegin")->isEnabled());
-        QVERIFY(in<QLineEdit>("surnameEdit")->isReadOnly());
-        QVERIFY(!in<QComboBox>("jobCombo")->isEnabled());
-        QVERIFY(!in<QLineEdit>("cardNumberEdit")->isEnabled());
-        QVERIFY(!in<QPushButton>("readCardButton")->isEnabled());
-        QVERIFY(!in<QPushButton>("fingerprintsButton")->isEnabled());
-    }
-
     // The reader waits; the operator holds a card to it; the card is the worker's once saved.
     void aCardFromTheReader()
     {

@@ -1,7 +1,6 @@
 #include "authdata.h"
 #include "cardreaderdialog.h"
 #include "constants.h"
-#include "dbquery.h"
 #include "fingerprintwidget.h"
 #include "fingerprintwidgetplugin.h"
 #include "localdatamanager.h"
@@ -144,7 +143,7 @@ private slots:
         QTest::newRow("a finger twice") << QList<TEMPLATE_DATA>{print(4), print(4)} << "Шаблон 4 передан дважды";
     }
 
-    // A refused set leaves the prints as they were; the database's count follows what is stored.
+    // A refused set leaves the prints as they were.
     void storedPrintsAreChecked()
     {
         QFETCH(QList<TEMPLATE_DATA>, prints);
@@ -163,25 +162,6 @@ private slots:
         QCOMPARE(now.size(), prints.size());
         for (const TEMPLATE_DATA& stored : now)
             QVERIFY(stored.id != 0);
-
-        asker->listen(QStringLiteral("db.async_result:asker"));
-        DbQuery query;
-        query.queries = QStringList{QStringLiteral("SELECT user_object_id, count( id ), (SELECT child_id FROM object_inherit WHERE "
-                                        "ref_type = 3 AND parent_id = user_object_id)  FROM fingers WHERE user_object_id "
-                                        "= ANY( ARRAY[%1]::bigint[] ) GROUP BY user_object_id;")
-                             .arg(worker)};
-        asker->heard.clear();
-        QCOMPARE(asker->ask(QStringLiteral("db.async"), QStringLiteral("asker"), QStringLiteral("q"), query).status,
-                 int(Command::StatusOk));
-        QTRY_COMPARE(asker->heard.size(), 1);
-        QString id, error;
-        int status = 0;
-        QList<DbResult> results;
-        VDDataStream in(asker->heard.first().data);
-        in >> id >> status >> error >> results;
-        QCOMPARE(results.first().rowCount, prints.isEmpty() ? 0 : 1);
-        if (!prints.isEmpty())
-            QCOMPARE(results.first().cell(0, 1).toInt(), prints.size());
     }
 
     void printsAreLockedByTheDatabaseSetting()
@@ -303,18 +283,6 @@ private slots:
             QVERIFY(number != 0);
             QVERIFY(typed.isEmpty() ? LocalStorage::instance()->card(number, true).uid == 0 : QString::number(number) == typed);
         }
-    }
-
-    void theReaderTakesOnlyNumbers()
-    {
-        CardReaderDialog person(QStringLiteral("Считыватель"));
-        auto* number = person.findChild<QLineEdit*>("numberEdit");
-        for (const QString& text : {QStringLiteral("0"), QStringLiteral("12a"), QStringLiteral("-5")}) {
-            number->setText(text);
-            QVERIFY2(!person.holdButton()->isEnabled(), qPrintable(text));
-        }
-        number->setText(QStringLiteral("42"));
-        QVERIFY(person.holdButton()->isEnabled());
     }
 };
 

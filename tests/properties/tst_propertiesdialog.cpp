@@ -10,12 +10,10 @@
 #include "vdserverinterface.h"
 #include "vdtableview.h"
 
-#include <QApplication>
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
-#include <QMessageBox>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QTabWidget>
@@ -48,20 +46,6 @@ TEMPLATE_DATA print(qint16 index, int kind = 0)
     data.kind = kind;
     data.data = "t";
     return data;
-}
-
-// Answers the message box that the next step opens, and keeps its text.
-void closeNextMessageBox(QString* text)
-{
-    QTimer::singleShot(0, [text] {
-        if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
-            *text = box->windowTitle() + QLatin1Char('|') + box->text();
-            if (QAbstractButton* button = box->defaultButton() ? box->defaultButton() : box->escapeButton())
-                button->click();
-            else
-                box->reject();
-        }
-    });
 }
 
 // A tab over a store with a worker behind request 500, his colleague, units, groups, readers, jobs.
@@ -146,11 +130,11 @@ public:
         VDServerInterface::instance()->deliver(command);
     }
     // The object that the n-th "updateObject" sent.
-    ObjectInfo saved(int n) const
+    ObjectInfo saved(int n)
     {
         QByteArray session;
         ObjectInfo sent;
-        readPayload(const_cast<DialogFixture*>(this)->transport().sent(UpdateObject).value(n), session, sent);
+        readPayload(transport().sent(UpdateObject).value(n), session, sent);
         return sent;
     }
     QStringList cards() const
@@ -473,167 +457,6 @@ private slots:
         QCOMPARE(f.counts(), (QStringList{"2", "0", "0", "1"}));
     }
 
-    void theFingerprintWindowIsAskedFor_data()
-    {
-        QTest::addColumn<int>("status");
-        QTest::addColumn<QString>("box");
-        QTest::newRow("opened") << int(Command::StatusOk) << QString();
-        QTest::newRow("forbidden") << int(Command::StatusBiometricsLocked)
-                                   << "Персональные данные|Запрещено редактирование биометрической информации";
-        QTest::newRow("failed") << int(Command::StatusFailed) << QString();
-    }
-
-    void theFingerprintWindowIsAskedFor()
-    {
-        QFETCH(int, status);
-        QFETCH(QString, box);
-        DialogFixture f;
-        f.open();
-        f.dialog()->subTabs(4)->setCurrentIndex(2);
-        f.in<QPushButton>("fingerprintsButton")->click();
-        const QString show = QStringLiteral("show:fingerprintwidget");
-        QCOMPARE(f.transport().count(show), 1);
-        unsigned int worker = 0;
-        QString client;
-        readPayload(f.transport().sent(show).first(), worker, client);
-        QCOMPARE(worker, Worker);
-        QCOMPARE(client, f.clientId());
-        QString shown;
-        closeNextMessageBox(&shown);
-        f.transport().answer(show, status);
-        QTest::qWait(20);
-        QCOMPARE(shown, box);
-    }
-
-    // A card from a reader: bound, read, and the card offered in the list; a failure says so.
-    void aCardFromAReader()
-    {
-        DialogFixture f;
-        TabbedDialog* dialog = f.open();
-        f.in<QPushButton>("readCardButton")->click();
-        QVERIFY(!dialog->isSaveEnabled());  // held back while the reader works
-        QCOMPARE(f.transport().count(QStringLiteral("devices.bind")), 1);
-        QCOMPARE(f.transport().count(QStringLiteral("devices.readCard")), 1);
-        QString identity;
-        unsigned int device = 0;
-        QStringList commands;
-        readPayload(f.transport().sent(QStringLiteral("devices.bind")).first(), identity, device, commands);
-        QCOMPARE(identity, f.clientId());
-        QCOMPARE(device, 80u);
-        QCOMPARE(commands, QStringList{"read_card"});
-
-        const QString result = QStringLiteral("command_result:") + f.clientId();
-        const QByteArray read = object(0, db::misc::CARD, {{db::card::NUMBER, "7099"}}).toByteArray();
-        f.push(result, [&](VDDataStream& out) {
-            out << 80u << QStringLiteral("read_card") << QHash<QString, QVariant>{{"status", "ok"}, {"card", read}};
-        });
-        QCOMPARE(f.transport().count(QStringLiteral("devices.unbind")), 1);
-        QCOMPARE(f.cards(), (QStringList{"7001", "7099"}));
-        QVERIFY(dialog->isSaveEnabled());
-
-        // The colleague's card, read: refused by name.
-        f.in<QPushButton>("readCardButton")->click();
-        const QByteArray taken = object(0, db::misc::CARD, {{db::card::NUMBER, "7002"}}).toByteArray();
-        f.push(result, [&](VDDataStream& out) {
-            out << 80u << QStringLiteral("read_card") << QHash<QString, QVariant>{{"card", taken}};
-        });
-        QCOMPARE(dialog->lastMessage(), QStringLiteral("Карта 7002 уже выдана сотруднику Котов Иван"));
-        f.in<QPushButton>("readCardButton")->click();
-        f.push(result, [](VDDataStream& out) {
-            out << 80u << QStringLiteral("read_card") << QHash<QString, QVariant>{{"status", "error"}};
-        });
-        QCOMPARE(dialog->lastMessage(), QStringLiteral("Не удалось считать карту"));
-        QCOMPARE(f.cards(), (QStringList{"7001", "7099"}));
-    }
-
-    // A new worker is placed in a unit the operator picks; cancelling sends nothing.
-    void addingAWorker_data()
-    {
-        QTest::addColumn<TYPE_ID>("uid");
-        QTest::addColumn<bool>("accept");
-        QTest::addColumn<QString>("sent");
-        QTest::newRow("new") << TYPE_ID(0) << true << "data.addObject";
-        QTest::newRow("existing") << Worker << true << "data.updateObjectEx";
-        QTest::newRow("cancelled") << TYPE_ID(0) << false << QString();
-    }
-
-    void addingAWorker()
-    {
-        QFETCH(TYPE_ID, uid);
-        QFETCH(bool, accept);
-        QFETCH(QString, sent);
-        DialogFixture f;
-        QTimer::singleShot(0, [accept] {
-            auto* units = qobject_cast<QDialog*>(QApplication::activeModalWidget());
-            QVERIFY(units);
-            auto* tree = units->findChild<QAbstractItemView*>("orgstructureTree");
-            const QModelIndexList found = tree->model()->match(tree->model()->index(0, 0), Qt::DisplayRole, "Склад", 1,
-                                                               Qt::MatchRecursive);
-            QVERIFY(!found.isEmpty());
-            tree->selectionModel()->setCurrentIndex(found.first(), QItemSelectionModel::ClearAndSelect);
-            accept ? units->accept() : units->reject();
-        });
-        f.view()->sendAddWorker(uid, {{"PT_SURNAME", "Новиков"}});
-        if (sent.isEmpty()) {
-            QCOMPARE(f.transport().count("data.addObject") + f.transport().count("data.updateObjectEx"), 0);
-            return;
-        }
-        QCOMPARE(f.transport().count(sent), 1);
-        QByteArray session;
-        ObjectInfo worker;
-        readPayload(f.transport().sent(sent).first(), session, worker);
-        QCOMPARE(worker.uid, uid);
-        QCOMPARE(worker.type, db::orgstructure::WORKER);
-        QCOMPARE(worker.parent, 3u);
-        QCOMPARE(worker.parameters, (Parameters{{"PT_SURNAME", "Новиков"}}));
-        QSignalSpy saved(f.view(), &RequestView::workerSaved);
-        f.transport().answer(sent, Command::StatusOk, [](VDDataStream& out) { out << qint32(44); });
-        QCOMPARE(saved.count(), 1);
-        QCOMPARE(saved.first().first().value<TYPE_ID>(), 44u);
-    }
-
-    void directWorkerUpdate()
-    {
-        DialogFixture f;
-        f.view()->sendUpdateWorker(Worker, 3, {{"PT_NAME", "Павел"}});
-        QByteArray session;
-        ObjectInfo worker;
-        readPayload(f.transport().sent("data.updateObjectEx").first(), session, worker);
-        QCOMPARE(worker.parent, 3u);
-        QCOMPARE(worker.parameters, (Parameters{{"PT_NAME", "Павел"}}));
-        QString box;
-        closeNextMessageBox(&box);
-        f.transport().answer("data.updateObjectEx", Command::StatusFailed);
-        QCOMPARE(box, QStringLiteral("Ошибка|Ошибка сохранения сотрудника"));
-    }
-
-    // Only a notice: whoever holds the card, nothing is sent.
-    void addedCardsOnlyWarn_data()
-    {
-        QTest::addColumn<QList<CARD_ID>>("numbers");
-        QTest::addColumn<QString>("box");
-        QTest::newRow("the colleague's") << QList<CARD_ID>{7002}
-                                         << "Предупреждение|Карта 7002 уже назначена Котов Иван.\nПереназначить карту Орлов Пётр Ильич?";
-        QTest::newRow("his own") << QList<CARD_ID>{7001} << QString();
-        QTest::newRow("a free one, then the colleague's") << QList<CARD_ID>{7777, 7002} << QString();
-        QTest::newRow("none") << QList<CARD_ID>() << QString();
-    }
-
-    void addedCardsOnlyWarn()
-    {
-        QFETCH(QList<CARD_ID>, numbers);
-        QFETCH(QString, box);
-        DialogFixture f;
-        f.open();
-        f.transport().clear();
-        QString shown;
-        closeNextMessageBox(&shown);
-        f.view()->saveAddedCards(numbers);
-        QTest::qWait(20);
-        QCOMPARE(shown, box);
-        f.view()->saveRemovedCards({60});
-        QVERIFY(f.transport().queries().isEmpty());
-    }
 };
 
 QTEST_MAIN(TestPropertiesDialog)

@@ -267,34 +267,22 @@ private slots:
         QCOMPARE(asking.count(), 1);
     }
 
-    // A new worker goes to the server with the request's names; the request then learns his uid.
-    void newWorkerAndItsLink()
+
+    // Before a worker is made of the request: the dismissed holder of the number doesn't count.
+    void aTakenNumberIsAskedAbout()
     {
         Parameters request = stored();
         request.insert(QStringLiteral("PT_PASS_REQUEST_WORKERNUM"), QStringLiteral("000777"));
-        request.insert(QStringLiteral("PT_CONVOY"), QStringLiteral(";0;21"));
         view->setParameters(request);
-        QSignalSpy adding(view.get(), &RequestPropertiesView::addWorker);
-        QSignalSpy saving(view.get(), &RequestPropertiesView::saveRequest);
-
-        // Котов holds the number in service; Зуев, dismissed, doesn't count.
+        bool unique = true;
         QString question;
         answerNextQuestion(QMessageBox::No, &question);
-        QVERIFY(QMetaObject::invokeMethod(view.get(), "createWorkerButtonClicked"));
+        QVERIFY(QMetaObject::invokeMethod(view.get(), "checkWorkerNumUnique", Q_RETURN_ARG(bool, unique)));
+        QVERIFY(!unique);
         QCOMPARE(question, QStringLiteral("Обнаружено совпадение табельных номеров:\nКотов Иван\nПродолжить?"));
-        QCOMPARE(adding.count(), 0);
-
         answerNextQuestion(QMessageBox::Yes);
-        QVERIFY(QMetaObject::invokeMethod(view.get(), "createWorkerButtonClicked"));
-        QCOMPARE(adding.count(), 1);
-        QCOMPARE(adding.first().at(0).value<TYPE_ID>(), TYPE_ID(0));
-        const Parameters expected{{"PT_WORKERNUM", "000777"}, {"PT_NAME", "Анна"},    {"PT_SURNAME", "Лебедева"},
-                                  {"PT_PATRONYMIC", "Сергеевна"}, {"PT_OBJECTSTATE", ""}, {"PT_CONVOY_TYPE", "1"}};
-        QCOMPARE(adding.first().at(1).value<Parameters>(), expected);
-
-        QVERIFY(QMetaObject::invokeMethod(view.get(), "workerSaved", Q_ARG(vorandel::TYPE_ID, 88)));
-        QCOMPARE(saving.count(), 1);
-        QCOMPARE(saving.first().at(3).value<Parameters>(), (Parameters{{"PT_SUBJECT_ID", "88"}}));
+        QVERIFY(QMetaObject::invokeMethod(view.get(), "checkWorkerNumUnique", Q_RETURN_ARG(bool, unique)));
+        QVERIFY(unique);
     }
 };
 

@@ -2,13 +2,8 @@
 #include "localstorage.h"
 #include "records.h"
 #include "testenvironment.h"
-#include "vdobjectselector.h"
-#include "workeraccessview.h"
 #include "workercardview.h"
-#include "workerjobview.h"
-#include "workerpropertyview.h"
 
-#include <QComboBox>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
@@ -51,9 +46,9 @@ QStringList numbers(const QList<ObjectInfo>& cards)
 
 }  // namespace
 
-// The worker's tabs of the stand-in: what a person can change on each, and that each hands on
-// only what he changed.
-class TestWorkerTabs : public QObject
+// The card tab of the stand-in: numbers refused with a reason, and card changes that are neither
+// lost nor sent twice.
+class TestWorkerCardView : public QObject
 {
     Q_OBJECT
 
@@ -64,115 +59,12 @@ private slots:
     {
         LocalStorage* store = LocalStorage::instance();
         store->clear();
-        store->setObjects(ORGSTRUCTURE_DATANAME,
-                          {object(1, db::orgstructure::SUBJECT_ROOT, {{"PT_NAME", "Организация"}}),
-                           object(2, db::orgstructure::DEPARTMENT, {{"PT_NAME", "Бухгалтерия"}}, 1),
-                           object(3, db::orgstructure::DEPARTMENT, {{"PT_NAME", "Склад"}}, 1)});
         store->setObjects(SUBJECT_DATANAME, {worker(), object(12, db::orgstructure::WORKER,
                                                                {{"PT_SURNAME", "Котов"}, {"PT_NAME", "Иван"}}, 2)});
-        store->setObjects(CARD_DATANAME, {object(61, db::misc::CARD, {{db::card::NUMBER, "7002"}, {db::card::OWNER, "12"}})});
+        store->setObjects(CARD_DATANAME, {card(7002, 12, 61)});
     }
 
     void cleanupTestCase() { LocalStorage::instance()->clear(); }
-
-    void personalData_data()
-    {
-        QTest::addColumn<QString>("surname");
-        QTest::addColumn<Parameters>("edited");
-        QTest::newRow("unchanged") << "Орлов" << Parameters();
-        QTest::newRow("blanks around") << " Орлов " << Parameters();
-        QTest::newRow("changed") << "Орловский" << Parameters{{"PT_SURNAME", "Орловский"}};
-    }
-
-    void personalData()
-    {
-        QFETCH(QString, surname);
-        QFETCH(Parameters, edited);
-        WorkerPropertyView view;
-        view.setCurrent(shown(worker()));
-        view.findChild<QLineEdit*>("surnameEdit")->setText(surname);
-        QCOMPARE(view.editedProperties(), edited);
-        const OBJECT_HASH changed = view.changedObjects();
-        QCOMPARE(changed.isEmpty(), edited.isEmpty());
-        if (!edited.isEmpty()) {
-            QCOMPARE(changed.value(Worker).parent, 2u);
-            QCOMPARE(changed.value(Worker).parameters, edited);
-        }
-        // Saved for another worker, or not at all: still an edit. Saved: the edit is what he is.
-        view.saved(0);
-        view.saved(12);
-        QCOMPARE(view.editedProperties(), edited);
-        view.saved(Worker);
-        QVERIFY(view.editedProperties().isEmpty());
-    }
-
-    void jobAndUnit_data()
-    {
-        QTest::addColumn<QString>("job");
-        QTest::addColumn<TYPE_ID>("unit");
-        QTest::addColumn<Parameters>("edited");
-        QTest::addColumn<TYPE_ID>("parent");  // 0: nothing changed
-        QTest::newRow("unchanged") << "Инженер" << TYPE_ID(2) << Parameters() << TYPE_ID(0);
-        QTest::newRow("another job") << "Бухгалтер" << TYPE_ID(2) << Parameters{{"PT_JOB", "91"}} << TYPE_ID(2);
-        QTest::newRow("no job") << "не указана" << TYPE_ID(2) << Parameters{{"PT_JOB", ""}} << TYPE_ID(2);
-        QTest::newRow("moved") << "Инженер" << TYPE_ID(3) << Parameters() << TYPE_ID(3);
-        QTest::newRow("moved with a job") << "Бухгалтер" << TYPE_ID(3) << Parameters{{"PT_JOB", "91"}} << TYPE_ID(3);
-    }
-
-    void jobAndUnit()
-    {
-        QFETCH(QString, job);
-        QFETCH(TYPE_ID, unit);
-        QFETCH(Parameters, edited);
-        QFETCH(TYPE_ID, parent);
-        WorkerJobView view;
-        view.setJobList({{90, object(90, "OT_JOB", {{"PT_NAME", "Инженер"}})},
-                         {91, object(91, "OT_JOB", {{"PT_NAME", "Бухгалтер"}})}});
-        view.setCurrent(shown(worker()));
-        auto* unitSelector = view.findChild<VDObjectSelector*>("departmentSelector");
-        QCOMPARE(unitSelector->currentUid(), 2u);
-        QSignalSpy edits(&view, &PropertyBaseWidget::dataEdited);
-        auto* jobs = view.findChild<QComboBox*>("jobCombo");
-        jobs->setCurrentIndex(jobs->findText(job));
-        unitSelector->setCurrentUid(unit);
-        QCOMPARE(edits.count(), unit != 2 ? 1 : 0);
-
-        QCOMPARE(view.editedProperties(), edited);
-        const OBJECT_HASH changed = view.changedObjects();
-        QCOMPARE(changed.isEmpty(), parent == 0);
-        if (parent != 0) {
-            QCOMPARE(changed.value(Worker).parent, parent);
-            QCOMPARE(changed.value(Worker).parameters, edited);
-        }
-        view.saved(Worker);
-        QVERIFY(view.changedObjects().isEmpty());
-        QCOMPARE(view.currentObject().parent, unit);
-    }
-
-    // The groups come back in the order they were given, those the operator adds after them.
-    void accessGroups()
-    {
-        LocalStorage::instance()->setObjects(POLICY_DATANAME, {object(70, "OT_ACCESS_POLICY", {{"PT_NAME", "Вход"}}),
-                                                               object(71, "OT_ACCESS_POLICY", {{"PT_NAME", "Парковка"}})});
-        WorkerAccessView view;
-        view.setCurrent(shown(worker()));
-        QMultiHash<unsigned int, unsigned int> given;
-        given.insert(Worker, 71);
-        given.insert(Worker, 99);  // not in the store: kept under its number
-        view.setAccesses(given);
-        QCOMPARE(view.accesses(), given);
-        auto* list = view.findChild<QListWidget*>("groupList");
-        QCOMPARE(list->count(), 3);
-        QSignalSpy edits(&view, &PropertyBaseWidget::dataEdited);
-        list->findItems("Вход", Qt::MatchExactly).first()->setCheckState(Qt::Checked);
-        QCOMPARE(edits.count(), 1);
-        QList<unsigned int> groups = view.accesses().values(Worker);
-        std::reverse(groups.begin(), groups.end());
-        QCOMPARE(groups, (QList<unsigned int>{71, 99, 70}));
-        QVERIFY(view.changedObjects().isEmpty());
-        view.setReadOnly(true);
-        QVERIFY(!(list->item(0)->flags() & Qt::ItemIsUserCheckable));
-    }
 
     void typedCardNumbers_data()
     {
@@ -267,5 +159,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TestWorkerTabs)
-#include "tst_workertabs.moc"
+QTEST_MAIN(TestWorkerCardView)
+#include "tst_workercardview.moc"
