@@ -107,13 +107,14 @@ void WorkerCardView::addDevice(const vorandel::ObjectInfo& device)
     if (known >= 0) {
         devices->setItemText(known, name);
     } else {
-        // In the order of their names, whatever the order they come in; the first stays chosen.
+        // In the order of their names, whatever the order they come in; the first of them is
+        // the one offered.
         const QCollator collator;
         int row = 0;
         while (row < devices->count() && collator.compare(devices->itemText(row), name) <= 0)
             ++row;
         devices->insertItem(row, name, device.uid);
-        if (devices->count() == 1 || row == 0)
+        if (row == 0)
             devices->setCurrentIndex(0);
     }
     updateControls();
