@@ -1,12 +1,17 @@
 #include "console.h"
 
 #include "authdata.h"
+#include "cardreaderdialog.h"
+#include "constants.h"
 #include "consolelogging.h"
+#include "localstorage.h"
 #include "mainwindow.h"
 #include "screenshot.h"
+#include "vdglobals.h"
 #include "vdguiglobals.h"
 #include "vdserverinterface.h"
 
+#include <QApplication>
 #include <QTabWidget>
 
 #include <algorithm>
@@ -15,6 +20,8 @@ Console::Console(const ConsoleOptions& options, QObject* parent)
     : QObject(parent), m_options(options), m_localData(&m_server)
 {
     m_server.setPushTarget([](Command& command) { VDServerInterface::instance()->deliver(command); });
+    m_server.setCardHolder(true);
+    connect(&m_server, &vdserver::Server::cardWanted, this, &Console::askForCard);
 }
 
 Console::~Console() = default;
@@ -93,6 +100,20 @@ void Console::start()
         connect(screenshot, &Screenshot::finished, this, &Console::finished);
         screenshot->take();
     }
+}
+
+void Console::askForCard(const QString& identity, unsigned int device)
+{
+    const QString reader =
+        VDGlobals::objectName(vorandel::LocalStorage::instance()->constObject(device, vorandel::DEVICE_DATANAME));
+    // Over whatever window waits for the card, usually a modal dialog of a tab.
+    QWidget* over = QApplication::activeModalWidget();
+    auto* dialog = new CardReaderDialog(reader, over ? over : m_window.get());
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->setWindowModality(Qt::ApplicationModal);
+    connect(dialog, &QDialog::finished, this,
+            [this, dialog, identity, device] { m_server.presentCard(identity, device, dialog->card()); });
+    dialog->open();
 }
 
 MainWindow* Console::window() const

@@ -35,6 +35,8 @@ signals:
 
 private:
     QString unknownUserText(const QString& login) const;
+    // A card reader of the server waits for a card: the operator says which one he holds to it.
+    void askForCard(const QString& identity, unsigned int device);
 
     const ConsoleOptions m_options;
     vdserver::Server m_server;

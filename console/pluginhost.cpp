@@ -164,7 +164,8 @@ void PluginHost::startPlugin(const Candidate& candidate, QTabWidget* tabs)
         return;
     auto* page = qobject_cast<PluginWidget*>(widget);
     if (!page) {
-        qCWarning(lcConsole) << "the page of" << candidate.name << "is no PluginWidget; not shown";
+        // A window of its own, as the fingerprint window, and no tab.
+        qCDebug(lcConsole) << candidate.name << "has a window and no page";
         return;
     }
     if (!page->canShow()) {

@@ -93,6 +93,7 @@ const QHash<QString, DataService::Operation>& DataService::operations()
         {QStringLiteral("changeUserAccess"), &DataService::changeUserAccess},
         {QStringLiteral("updateWorkerCards"), &DataService::updateWorkerCards},
         {QStringLiteral("getUserFingers"), &DataService::getUserFingers},
+        {QStringLiteral("setUserFingers"), &DataService::setUserFingers},
         {QStringLiteral("getBlobDataChange"), &DataService::getBlobDataChange},
         {QStringLiteral("syslog"), &DataService::syslog},
         {QStringLiteral("dismissWorker"), &DataService::dismissWorker},
@@ -326,6 +327,40 @@ Reply DataService::getUserFingers(const Session&, QDataStream& in)
             templates.insert(worker, data);
     }
     return Reply::success(static_cast<const QMap<unsigned int, vorandel::TEMPLATE_DATA>&>(templates));
+}
+
+Reply DataService::setUserFingers(const Session&, QDataStream& in)
+{
+    TYPE_ID workerUid = 0;
+    QList<vorandel::TEMPLATE_DATA> templates;
+    if (!read(in, workerUid, templates))
+        return malformed();
+    if (m_store.settings().value(db::database::PD_DENY_STORE_USER_PHOTOS) == QLatin1String("true"))
+        return Reply::failure(tr("Запрещено редактирование биометрической информации"), Command::StatusBiometricsLocked);
+    if (!m_store.object(workerUid, vorandel::SUBJECT_DATANAME))
+        return Reply::failure(tr("Сотрудник %1 не найден").arg(workerUid));
+
+    const auto known = [](qint16 index) {
+        return (index >= 0 && index <= 9) || index == 100 || index == 101 || index == 200 || index == 201;
+    };
+    QVector<vorandel::TEMPLATE_DATA> stored;
+    QSet<QPair<qint16, int>> kinds;
+    for (vorandel::TEMPLATE_DATA data : qAsConst(templates)) {
+        if (!known(data.index))
+            return Reply::failure(tr("Неизвестный вид шаблона: %1").arg(data.index));
+        if (data.data.isEmpty())
+            return Reply::failure(tr("Шаблон %1 пуст").arg(data.index));
+        // A palm and a contactless palm of the same hand are two templates.
+        if (kinds.contains({data.index, data.kind}))
+            return Reply::failure(tr("Шаблон %1 передан дважды").arg(data.index));
+        kinds.insert({data.index, data.kind});
+        if (data.id == 0)
+            data.id = int(m_store.newUid());
+        stored.append(data);
+    }
+    m_store.setTemplates(workerUid, stored);
+    qCDebug(lcServer) << "templates of" << workerUid << stored.size();
+    return Reply::success(int(workerUid));
 }
 
 Reply DataService::getBlobDataChange(const Session&, QDataStream& in)

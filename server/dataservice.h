@@ -26,6 +26,9 @@ class ObjectStore;
 //
 // A worker's cards are links of type 3 from him, and card objects that name him in
 // "PT_SUBJECT_ID"; removing either side removes the other.
+//
+// A worker's biometric templates are kept with him and replaced as a whole; each needs a known
+// kind (a finger 0 to 9, a palm 100 or 101, a face 200 or 201) and its data.
 class DataService : public Service
 {
     Q_OBJECT
@@ -51,6 +54,7 @@ private:
     // The flag after the two lists is read and has no effect here.
     Reply updateWorkerCards(const Session& session, QDataStream& in);
     Reply getUserFingers(const Session& session, QDataStream& in);
+    Reply setUserFingers(const Session& session, QDataStream& in);
     Reply getBlobDataChange(const Session& session, QDataStream& in);
     Reply syslog(const Session& session, QDataStream& in);
     Reply dismissWorker(const Session& session, QDataStream& in);

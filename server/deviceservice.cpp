@@ -77,19 +77,41 @@ Reply DeviceService::readCard(const QString& identity, QDataStream& in)
         return malformed();
     if (!m_store.object(device, vorandel::DEVICE_DATANAME))
         return unknownDevice(device);
+    if (m_cardHolder) {
+        m_waiting.emplace(identity, device);
+        QMetaObject::invokeMethod(this, [this, identity, device] { emit cardWanted(identity, device); },
+                                  Qt::QueuedConnection);
+        return Reply::success();
+    }
     QTimer::singleShot(m_resultDelay, this, [this, identity, device] {
-        if (!isBound(identity, device, vorandel::DEVICE_COMMAND_READ_CARD)) {
-            qCDebug(lcServer) << "card read on" << device << "has no listener" << identity;
-            return;
-        }
-        const QHash<QString, QVariant> result = {
-            {QStringLiteral("status"), QStringLiteral("ok")},
-            {QStringLiteral("card"), freshCard()},
-        };
-        emit commandReady(makeCommand(QStringLiteral("command_result:") + identity, 8, device,
-                                      vorandel::DEVICE_COMMAND_READ_CARD, result));
+        reportRead(identity, device, {{QStringLiteral("status"), QStringLiteral("ok")},
+                                      {QStringLiteral("card"), readableCard(0)}});
     });
     return Reply::success();
+}
+
+void DeviceService::presentCard(const QString& identity, unsigned int device, std::optional<vorandel::CARD_ID> number)
+{
+    if (m_waiting.erase({identity, device}) == 0) {
+        qCDebug(lcServer) << "no read waits on" << device << "for" << identity;
+        return;
+    }
+    if (!number) {
+        reportRead(identity, device, {{QStringLiteral("status"), QStringLiteral("error")}});
+        return;
+    }
+    reportRead(identity, device, {{QStringLiteral("status"), QStringLiteral("ok")},
+                                  {QStringLiteral("card"), readableCard(*number)}});
+}
+
+void DeviceService::reportRead(const QString& identity, unsigned int device, const QHash<QString, QVariant>& result)
+{
+    if (!isBound(identity, device, vorandel::DEVICE_COMMAND_READ_CARD)) {
+        qCDebug(lcServer) << "card read on" << device << "has no listener" << identity;
+        return;
+    }
+    emit commandReady(makeCommand(QStringLiteral("command_result:") + identity, 8, device,
+                                  vorandel::DEVICE_COMMAND_READ_CARD, result));
 }
 
 Reply DeviceService::unknownDevice(unsigned int device) const
@@ -102,12 +124,14 @@ bool DeviceService::isBound(const QString& identity, unsigned int device, const 
     return m_bindings.count({identity, device, command}) != 0;
 }
 
-QByteArray DeviceService::freshCard() const
+QByteArray DeviceService::readableCard(vorandel::CARD_ID number) const
 {
-    vorandel::CARD_ID number = 0;
-    do {
-        number = Q_UINT64_C(1000000000) + QRandomGenerator::global()->generate64() % Q_UINT64_C(9000000000);
-    } while (m_store.cardByNumber(number) != 0);
+    while (number == 0) {
+        const vorandel::CARD_ID fresh =
+            Q_UINT64_C(1000000000) + QRandomGenerator::global()->generate64() % Q_UINT64_C(9000000000);
+        if (m_store.cardByNumber(fresh) == 0)
+            number = fresh;
+    }
     vorandel::ObjectInfo card;
     card.type = db::misc::CARD;
     card.parameters.insert(db::card::NUMBER, QString::number(number));

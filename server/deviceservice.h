@@ -1,21 +1,26 @@
 #pragma once
 
+#include "objectinfo.h"
 #include "service.h"
 
 #include <QHash>
 #include <QString>
 
+#include <optional>
 #include <set>
 #include <tuple>
+#include <utility>
 
 namespace vdserver {
 
 class ObjectStore;
 
 // The device service: the commands "devices.<operation>", whose payload is the identity that
-// results go back to, and then the operation's arguments. A card reader "reads" a card that no
-// card of the store carries yet, and the result goes to "command_result:<identity>" a moment
-// later, provided the identity is bound to that device for "read_card" by then.
+// results go back to, and then the operation's arguments. The readers are simulated. Left alone, a
+// reader "reads" a card that no card of the store carries yet, a moment later. With a card holder
+// (setCardHolder), a read waits until somebody holds a card to the reader (presentCard), as a
+// real one waits for a card. The result goes to "command_result:<identity>" provided the identity
+// is bound to that device for "read_card" by then.
 class DeviceService : public Service
 {
     Q_OBJECT
@@ -28,6 +33,15 @@ public:
     // How long a device takes to report.
     void setResultDelay(int msecs) { m_resultDelay = msecs; }
 
+    // Whether somebody holds the cards to the readers; cardWanted tells him when one waits.
+    void setCardHolder(bool present) { m_cardHolder = present; }
+    // A card held to a reader that waits for one: its number, or 0 for a card that nobody
+    // carries yet. Without a number the card is taken away, and the read fails.
+    void presentCard(const QString& identity, unsigned int device, std::optional<vorandel::CARD_ID> number);
+
+signals:
+    void cardWanted(const QString& identity, unsigned int device);
+
 private:
     using Operation = Reply (DeviceService::*)(const QString& identity, QDataStream&);
     static const QHash<QString, Operation>& operations();
@@ -38,12 +52,16 @@ private:
 
     Reply unknownDevice(unsigned int device) const;
     bool isBound(const QString& identity, unsigned int device, const QString& command) const;
-    // A card as a reader would give it: not stored, with a number that no card carries.
-    QByteArray freshCard() const;
+    // A card as a reader would give it: its number only. 0 makes a number that no card carries.
+    QByteArray readableCard(vorandel::CARD_ID number) const;
+    void reportRead(const QString& identity, unsigned int device, const QHash<QString, QVariant>& result);
 
     const ObjectStore& m_store;
     // Who listens to which command of which device.
     std::set<std::tuple<QString, unsigned int, QString>> m_bindings;
+    // Reads that wait for a card, by identity and reader.
+    std::set<std::pair<QString, unsigned int>> m_waiting;
+    bool m_cardHolder = false;
     int m_resultDelay = 300;
 };
 

@@ -6,6 +6,8 @@
 
 #include <QTimer>
 
+#include <algorithm>
+
 namespace vdserver {
 
 ExchangeCommands::ExchangeCommands(const ObjectStore& store, QObject* parent)
@@ -13,15 +15,43 @@ ExchangeCommands::ExchangeCommands(const ObjectStore& store, QObject* parent)
 {
 }
 
+namespace {
+const QString FingerprintWindow = QStringLiteral("show:fingerprintwidget");
+}  // namespace
+
 bool ExchangeCommands::handles(const QString& name) const
 {
-    return operations().contains(name);
+    return operations().contains(name) || servedLocally(name);
 }
 
 Reply ExchangeCommands::handle(const Command& query)
 {
+    const Operation operation = operations().value(query.name);
+    if (!operation)
+        return relay(query);
     VDDataStream in(query.data);
-    return (this->*operations().value(query.name))(in);
+    const Reply reply = (this->*operation)(in);
+    if (!reply.ok() || !query.name.startsWith(FingerprintWindow))
+        return reply;
+    if (!servedLocally(query.name))
+        return Reply::failure(tr("Окно биометрии недоступно: модуль консоли «fingerprintwidget» не запущен"));
+    return relay(query);
+}
+
+bool ExchangeCommands::servedLocally(const QString& name) const
+{
+    return std::any_of(m_localCommandTypes.cbegin(), m_localCommandTypes.cend(),
+                       [&name](const CommandType& type) { return type.name == name; });
+}
+
+Reply ExchangeCommands::relay(const Command& query)
+{
+    if (!servedLocally(query.name))
+        return Reply::failure(tr("Неизвестная команда: %1").arg(query.name));
+    Command passed = query;
+    passed.status = Command::StatusOk;
+    QMetaObject::invokeMethod(this, [this, passed] { emit commandReady(passed); }, Qt::QueuedConnection);
+    return Reply::success();
 }
 
 const QHash<QString, ExchangeCommands::Operation>& ExchangeCommands::operations()

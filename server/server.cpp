@@ -27,6 +27,7 @@ Server::Server(QObject* parent)
     qRegisterMetaType<VDHash<int, vorandel::SCHEDULE_DATA>>("VDHash<int,vorandel::SCHEDULE_DATA>");
     for (Service* service : services())
         connect(service, &Service::commandReady, this, &Server::push);
+    connect(m_devices.get(), &DeviceService::cardWanted, this, &Server::cardWanted);
 }
 
 Server::~Server() = default;
@@ -107,6 +108,16 @@ void Server::setDbSetting(const QString& key, const QString& value)
 {
     m_store.setSetting(key, value);
     emit settingsChanged(m_store.settings());
+}
+
+void Server::setCardHolder(bool present)
+{
+    m_devices->setCardHolder(present);
+}
+
+void Server::presentCard(const QString& identity, unsigned int device, std::optional<vorandel::CARD_ID> number)
+{
+    m_devices->presentCard(identity, device, number);
 }
 
 const vorandel::OBJECT_HASH* Server::objects(const QString& dataname) const

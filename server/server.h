@@ -63,6 +63,10 @@ public:
     void setResultDelay(int msecs);
     // Changes a database setting and announces the settings.
     void setDbSetting(const QString& key, const QString& value);
+    // With a card holder, a card reader waits for presentCard() instead of reading a card of its
+    // own; cardWanted says when one waits (see DeviceService).
+    void setCardHolder(bool present);
+    void presentCard(const QString& identity, unsigned int device, std::optional<vorandel::CARD_ID> number);
 
     const vorandel::OBJECT_HASH* objects(const QString& dataname) const;
     QHash<QString, QString> dbSettings() const { return m_store.settings(); }
@@ -76,6 +80,8 @@ signals:
     void objectsRemoved(const QString& dataname, const QList<vorandel::TYPE_ID>& uids);
     void settingsChanged(const QHash<QString, QString>& settings);
     void schedulesChanged(const VDHash<int, vorandel::SCHEDULE_DATA>& schedules);
+    // A reader waits for a card for this identity.
+    void cardWanted(const QString& identity, unsigned int device);
 
 private:
     std::array<Service*, 3> services() const;

@@ -40,15 +40,8 @@ QString makeClientId(const QString& pluginName)
 {
     const QString monitoringId =
         Settings::instance()->value(QStringLiteral("monitoring/id"), QStringLiteral("1")).toString();
-    QStringList addresses;
-    const QList<QHostAddress> all = QNetworkInterface::allAddresses();
-    for (const QHostAddress& address : all)
-        addresses.append(address.toString());
-    addresses.removeOne(QStringLiteral("127.0.0.1"));
-    addresses.removeOne(QStringLiteral("::1"));
-    const QString network = addresses.isEmpty() ? QHostInfo::localHostName() : addresses.first();
-    return QStringList{pluginName, monitoringId, network, QString::number(QDateTime::currentSecsSinceEpoch())}.join(
-        QLatin1Char(' '));
+    return QStringList{pluginName, monitoringId, hostAddress(), QString::number(QDateTime::currentSecsSinceEpoch())}
+        .join(QLatin1Char(' '));
 }
 
 }  // namespace
@@ -339,6 +332,17 @@ void RequestView::emptyHandler(Command& command)
 }
 
 namespace requestview::detail {
+
+QString hostAddress()
+{
+    QStringList addresses;
+    const QList<QHostAddress> all = QNetworkInterface::allAddresses();
+    for (const QHostAddress& address : all)
+        addresses.append(address.toString());
+    addresses.removeOne(QStringLiteral("127.0.0.1"));
+    addresses.removeOne(QStringLiteral("::1"));
+    return addresses.isEmpty() ? QHostInfo::localHostName() : addresses.first();
+}
 
 QString firstText(const Command& command)
 {

@@ -15,8 +15,11 @@
 #include <memory>
 #include <utility>
 
-class Ui_RequestView;
+class RequestPropertiesView;
 class RequestViewPrivate;
+class TabbedDialog;
+class Ui_RequestView;
+class WorkerCardView;
 
 // The tab "Заявки": the console's page of pass requests and, at the same time, a client of the
 // server exchange. It keeps its table equal to the local store, runs the operator's decisions
@@ -76,6 +79,14 @@ public slots:
 
     void showRequestProperties(vorandel::TYPE_ID uid = 0, bool first_show = true);
 
+    void saveRequestWorker();
+    void sendSaveRequest(vorandel::TYPE_ID uid, QString type, vorandel::TYPE_ID parent,
+                         QHash<QString, QString> parameters);
+    void sendAddWorker(vorandel::TYPE_ID uid, QHash<QString, QString> parameters);
+    void sendUpdateWorker(vorandel::TYPE_ID uid, vorandel::TYPE_ID parent, QHash<QString, QString> parameters);
+    void saveAddedCards(QList<vorandel::CARD_ID> cards);
+    void saveRemovedCards(QList<vorandel::TYPE_ID> cards);
+
     void editFingerptints(vorandel::TYPE_ID uid);
     void sendGetWorkerFingers(QList<vorandel::TYPE_ID> uids);
     void sendReadCard(vorandel::TYPE_ID dev);
@@ -112,6 +123,14 @@ private:
     QList<vorandel::TYPE_ID> selectedRequestUids() const;
     // Tells the table how many requests the operator may see, and, when it is empty, why.
     void updateTableStatus();
+
+    // The properties dialog: made with its own connections (null when there is no memory for it),
+    // the connections its tabs get once, and what it does when the store takes its request or
+    // worker away.
+    TabbedDialog* createPropertiesDialog();
+    void connectRequestTab(RequestPropertiesView* view);
+    void connectCardTab(WorkerCardView* view);
+    void propertiesObjectsRemoved(const QString& dataname, const QList<vorandel::TYPE_ID>& uids);
 
     // Pushed commands and answers.
     void commandResult(Command& command);

@@ -67,6 +67,10 @@ bool report(const vorandel::TaskInfo& task, Args... args)
 // The failure text that an answer carries first in its payload.
 QString firstText(const Command& command);
 
+// The first address of this machine that isn't a loopback, or else its host name: the middle of
+// the names under which the tab and its pages are known at the exchange.
+QString hostAddress();
+
 }  // namespace requestview::detail
 
 class RequestViewPrivate

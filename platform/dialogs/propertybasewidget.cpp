@@ -6,6 +6,16 @@ PropertyBaseWidget::PropertyBaseWidget(QWidget* parent) : QWidget(parent)
     qRegisterMetaType<vorandel::TYPE_ID>("vorandel::TYPE_ID");
 }
 
+QString PropertyBaseWidget::widgetUid() const
+{
+    return QString::fromLatin1(metaObject()->className());
+}
+
+QList<QWidget*> PropertyBaseWidget::subPages() const
+{
+    return {};
+}
+
 void PropertyBaseWidget::setReadOnly(bool readOnly)
 {
     m_readOnly = readOnly;
@@ -45,6 +55,13 @@ vorandel::OBJECT_HASH PropertyBaseWidget::changedObjects() const
 
 // The owner collects the edits through changedObjects(); a tab with more to hand on says so here.
 void PropertyBaseWidget::applyChanges() {}
+
+void PropertyBaseWidget::rejectChanges()
+{
+    setCurrent(vorandel::OBJECT_HASH(m_current));
+}
+
+void PropertyBaseWidget::showSubPage(int) {}
 
 void PropertyBaseWidget::saved(vorandel::TYPE_ID uid)
 {

@@ -88,8 +88,10 @@ void TabbedDialog::hideToolBar()
     ui->toolBar->hide();
 }
 
-void TabbedDialog::showFirstEnabledTab()
+void TabbedDialog::showEnabledTab()
 {
+    if (isTabEnabled(currentTab()))
+        return;
     for (int index = 0; index < tabCount(); ++index) {
         if (isTabEnabled(index)) {
             ui->tabs->setCurrentIndex(index);
@@ -134,6 +136,10 @@ void TabbedDialog::showCriticalMessage(const QString& text)
 
 void TabbedDialog::showSaveButton()
 {
+    // Tabs announce edits while they are being filled; only the operator's count, and he can
+    // edit nothing before the dialog shows.
+    if (!isVisible())
+        return;
     ui->saveButton->show();
 }
 

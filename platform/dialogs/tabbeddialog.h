@@ -44,8 +44,9 @@ public:
     void showToolBar();
     void hideToolBar();
 
-    // The last step of showing: brings the first enabled tab to the front.
-    virtual void showFirstEnabledTab();
+    // The last step of showing: the tab in front stays there while it is enabled; otherwise the
+    // first enabled tab comes to the front.
+    virtual void showEnabledTab();
 
     QString lastMessage() const;
     bool isSaveButtonShown() const;

@@ -1,13 +1,16 @@
 #include "workercardview.h"
 
 #include "constants.h"
+#include "localstorage.h"
 #include "platformlogging.h"
 #include "ui_workercardview.h"
 #include "vdglobals.h"
 
+#include <QCollator>
 #include <QRegularExpressionValidator>
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 const QString PinKey = QStringLiteral("PT_PINCODE");
@@ -48,6 +51,13 @@ int indexOfCard(const QList<vorandel::ObjectInfo>& cards, const vorandel::Object
                                  [&card](const vorandel::ObjectInfo& other) { return sameCard(card, other); });
     return it == cards.cend() ? -1 : int(it - cards.cbegin());
 }
+
+void removeCard(QList<vorandel::ObjectInfo>& cards, const vorandel::ObjectInfo& card)
+{
+    const int index = indexOfCard(cards, card);
+    if (index >= 0)
+        cards.removeAt(index);
+}
 }  // namespace
 
 WorkerCardView::WorkerCardView(QWidget* parent)
@@ -63,9 +73,8 @@ WorkerCardView::WorkerCardView(QWidget* parent)
     ui->cardsPage->setWindowIcon(QIcon::fromTheme(QStringLiteral("object-OT_CARD")));
     ui->biometricsPage->setWindowIcon(QIcon::fromTheme(QStringLiteral("common-fingerprint")));
     ui->pinEdit->setValidator(new QRegularExpressionValidator(QRegularExpression(QStringLiteral("\\d{0,8}")), ui->pinEdit));
-    // Nineteen digits always fit the number of a card.
-    ui->cardNumberEdit->setValidator(
-        new QRegularExpressionValidator(QRegularExpression(QStringLiteral("\\d{1,19}")), ui->cardNumberEdit));
+    // Whatever is typed is checked on adding, so that a wrong number gets a reason, not silence.
+    ui->cardNumberEdit->setMaxLength(32);
 
     connect(ui->pinEdit, &QLineEdit::textEdited, this, &PropertyBaseWidget::dataEdited);
     connect(ui->showPinButton, &QToolButton::toggled, this, [this](bool shown) {
@@ -93,11 +102,21 @@ void WorkerCardView::addDevice(const vorandel::ObjectInfo& device)
     QString name = VDGlobals::objectName(device);
     if (name.isEmpty())
         name = tr("Считыватель № %1").arg(device.uid);
-    const int index = ui->deviceCombo->findData(device.uid);
-    if (index >= 0)
-        ui->deviceCombo->setItemText(index, name);
-    else
-        ui->deviceCombo->addItem(name, device.uid);
+    QComboBox* devices = ui->deviceCombo;
+    const int known = devices->findData(device.uid);
+    if (known >= 0) {
+        devices->setItemText(known, name);
+    } else {
+        // In the order of their names, whatever the order they come in; the first of them is
+        // the one offered.
+        const QCollator collator;
+        int row = 0;
+        while (row < devices->count() && collator.compare(devices->itemText(row), name) <= 0)
+            ++row;
+        devices->insertItem(row, name, device.uid);
+        if (row == 0)
+            devices->setCurrentIndex(0);
+    }
     updateControls();
 }
 
@@ -210,7 +229,8 @@ QHash<QString, QString> WorkerCardView::editedProperties() const
 void WorkerCardView::applyChanges()
 {
     const vorandel::ObjectInfo& worker = currentObject();
-    if (worker.uid == 0 || (m_added.isEmpty() && m_removed.isEmpty()))
+    // A save whose answer hasn't come yet has handed these on already.
+    if (worker.uid == 0 || m_sending.active || (m_added.isEmpty() && m_removed.isEmpty()))
         return;
     vorandel::TaskInfo task;
     task.uid = worker.uid;
@@ -222,10 +242,38 @@ void WorkerCardView::applyChanges()
     const QString name = VDGlobals::objectName(worker);
     task.message = tr("Карты сотрудника %1 сохранены").arg(name);
     task.errorMessage = tr("Ошибка сохранения карт сотрудника %1").arg(name);
+    task.receiver = this;
+    task.slot = QStringLiteral("cardsSaved");
+    m_sending = {true, m_added, m_removed};
     emit appendTask(task);
+}
 
-    // Handed on: from here they count as saved, and a second save doesn't send them again.
-    setCards(cards());
+void WorkerCardView::rejectChanges()
+{
+    PropertyBaseWidget::rejectChanges();
+    m_added.clear();
+    m_removed.clear();
+    showCards();
+}
+
+void WorkerCardView::cardsSaved(vorandel::TYPE_ID uid, const QString& error)
+{
+    const Sending sent = std::exchange(m_sending, {});
+    if (uid == 0) {
+        // What was handed on stays pending, to be saved again.
+        emit showCriticalMessage(error.isEmpty() ? tr("Карты не сохранены") : error);
+        return;
+    }
+    for (const vorandel::ObjectInfo& card : sent.added) {
+        removeCard(m_added, card);
+        m_cards.append(card);
+    }
+    for (const vorandel::ObjectInfo& card : sent.removed) {
+        removeCard(m_removed, card);
+        removeCard(m_cards, card);
+    }
+    showCards();
+    emit showMessage(tr("Карты сохранены"));
 }
 
 void WorkerCardView::cardRead(const vorandel::ObjectInfo& card)
@@ -235,7 +283,8 @@ void WorkerCardView::cardRead(const vorandel::ObjectInfo& card)
         return;
     }
     finishReading();
-    addCard(card);
+    if (addCard(card))
+        emit showMessage(tr("Считана карта %1: она будет выдана при сохранении").arg(ot_card::number(card)));
 }
 
 void WorkerCardView::cardReadFailed()
@@ -258,16 +307,28 @@ void WorkerCardView::biometricsScanned(vorandel::TYPE_ID worker, const QList<vor
         showCounts(countTemplates(fingers));
 }
 
-void WorkerCardView::addCard(vorandel::ObjectInfo card)
+QString WorkerCardView::refusalFor(const vorandel::ObjectInfo& card) const
 {
     const vorandel::CARD_ID number = ot_card::number(card);
-    if (number == 0) {
-        emit showCriticalMessage(tr("У карты нет номера"));
-        return;
+    if (number == 0)
+        return tr("У карты нет номера");
+    if (indexOfCard(cards(), card) >= 0)
+        return tr("Карта %1 уже есть в списке").arg(number);
+    const vorandel::LocalStorage* store = vorandel::LocalStorage::instance();
+    const vorandel::TYPE_ID holder = ot_card::uid(store->card(number, true));
+    if (holder != 0 && holder != currentObject().uid) {
+        const QString name = VDGlobals::objectName(store->constObject(holder, vorandel::SUBJECT_DATANAME));
+        return tr("Карта %1 уже выдана сотруднику %2").arg(number).arg(name.isEmpty() ? QString::number(holder) : name);
     }
-    if (indexOfCard(cards(), card) >= 0) {
-        emit showCriticalMessage(tr("Карта %1 уже есть в списке").arg(number));
-        return;
+    return {};
+}
+
+bool WorkerCardView::addCard(vorandel::ObjectInfo card)
+{
+    const QString refusal = refusalFor(card);
+    if (!refusal.isEmpty()) {
+        emit showCriticalMessage(refusal);
+        return false;
     }
     const int removed = indexOfCard(m_removed, card);
     if (removed >= 0) {
@@ -280,15 +341,31 @@ void WorkerCardView::addCard(vorandel::ObjectInfo card)
     }
     showCards();
     emit dataEdited();
+    return true;
 }
 
 void WorkerCardView::addTypedCard()
 {
     if (!ui->addCardButton->isEnabled())
         return;
+    const QString text = ui->cardNumberEdit->text().trimmed();
+    bool number = false;
+    const vorandel::CARD_ID value = text.toULongLong(&number);
+    // Digits only: toULongLong() would also take a sign or blanks.
+    static const QRegularExpression Digits(QStringLiteral("^\\d+$"));
+    if (!number || value == 0 || !Digits.match(text).hasMatch()) {
+        emit showCriticalMessage(tr("«%1» не номер карты: номер состоит из цифр и не равен нулю").arg(text));
+        return;
+    }
     vorandel::ObjectInfo card;
     card.type = db::misc::CARD;
-    card.parameters.insert(db::card::NUMBER, ui->cardNumberEdit->text());
+    card.parameters.insert(db::card::NUMBER, QString::number(value));
+    const QString refusal = refusalFor(card);
+    if (!refusal.isEmpty()) {
+        // The number stays in the field, to be corrected.
+        emit showCriticalMessage(refusal);
+        return;
+    }
     ui->cardNumberEdit->clear();
     addCard(card);
 }
@@ -383,7 +460,7 @@ void WorkerCardView::updateControls()
     ui->readCardButton->setEnabled(m_reading || (cardsEditable && ui->deviceCombo->count() > 0));
     ui->deviceCombo->setEnabled(cardsEditable && !m_reading);
     ui->cardNumberEdit->setEnabled(cardsEditable);
-    ui->addCardButton->setEnabled(cardsEditable && ui->cardNumberEdit->hasAcceptableInput());
+    ui->addCardButton->setEnabled(cardsEditable && !ui->cardNumberEdit->text().trimmed().isEmpty());
     ui->removeCardButton->setEnabled(cardsEditable && ui->cardList->currentRow() >= 0);
 
     ui->pinEdit->setReadOnly(!(editable && m_changePinEnabled));

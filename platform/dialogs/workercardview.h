@@ -39,10 +39,9 @@ public:
     void setChangeCardEnabled(bool enabled);
     void setChangePinCodeEnabled(bool enabled);
     void setScanBiometricsEnabled(bool enabled);
-    // The pages the dialog shows as sub tabs of this tab.
-    QList<QWidget*> subPages() const;
+    // The pages the dialog shows as sub tabs of this tab: "Карты" and "Биометрия".
+    QList<QWidget*> subPages() const override;
     void showBlock(int block, bool visible);
-    void showSubPage(int index);
     // A card read was asked for and its answer hasn't come.
     bool isReadingCard() const { return m_reading; }
 
@@ -53,8 +52,12 @@ public:
 public slots:
     // Hands the card changes on as one task "update_worker_cards".
     void applyChanges() override;
+    void rejectChanges() override;
+    void showSubPage(int index) override;
     void cardRead(const vorandel::ObjectInfo& card);
     void cardReadFailed();
+    // The answer to the task that applyChanges() handed on: the worker's uid, or 0 and a text.
+    void cardsSaved(vorandel::TYPE_ID uid, const QString& error);
     void setWorkerFingers(vorandel::TYPE_ID worker, const QVariantMap& templatesCount);
     void biometricsScanned(vorandel::TYPE_ID worker, const QList<vorandel::TEMPLATE_DATA>& fingers);
 
@@ -69,7 +72,10 @@ signals:
     void sendEmail(const vorandel::EMAIL_MESSAGE& email);
 
 private:
-    void addCard(vorandel::ObjectInfo card);
+    // A card the worker may get, or the reason why not.
+    QString refusalFor(const vorandel::ObjectInfo& card) const;
+    // Adds the card unless it is refused, which is said; true when added.
+    bool addCard(vorandel::ObjectInfo card);
     void addTypedCard();
     void removeSelectedCard();
     void readOrCancel();
@@ -83,9 +89,17 @@ private:
     QList<vorandel::ObjectInfo> m_cards;    // as saved
     QList<vorandel::ObjectInfo> m_added;    // new, not yet handed on
     QList<vorandel::ObjectInfo> m_removed;  // saved ones taken away, not yet handed on
+    // What the last save handed on, until its answer comes.
+    struct Sending
+    {
+        bool active = false;
+        QList<vorandel::ObjectInfo> added;
+        QList<vorandel::ObjectInfo> removed;
+    } m_sending;
     bool m_reading = false;
-    bool m_showPinEnabled = false;
-    bool m_changeCardEnabled = false;
-    bool m_changePinEnabled = false;
-    bool m_scanEnabled = false;
+    // Every feature is there unless the owner turns it off.
+    bool m_showPinEnabled = true;
+    bool m_changeCardEnabled = true;
+    bool m_changePinEnabled = true;
+    bool m_scanEnabled = true;
 };

@@ -1,11 +1,13 @@
 #include "workerjobview.h"
 
 #include "constants.h"
+#include "grantedproxymodel.h"
 #include "localstorage.h"
 #include "ui_workerjobview.h"
 #include "vdglobals.h"
 
 #include <QCollator>
+#include <QSignalBlocker>
 
 #include <algorithm>
 
@@ -19,7 +21,18 @@ WorkerJobView::WorkerJobView(QWidget* parent) : PropertyBaseWidget(parent), ui(s
     ui->addJobButton->setIcon(QIcon::fromTheme(QStringLiteral("action-add")));
     ui->addJobButton->hide();
     setJobList({});
+
+    auto* units = new GrantedProxyModel(ui->departmentSelector);
+    ui->departmentSelector->setProxyModel(units);
+    units->setObjectTypeFilter({db::orgstructure::SUBJECT_ROOT, db::orgstructure::FIRM, db::orgstructure::DEPARTMENT});
+    units->setFilterAcceptsParents(true);
+    ui->departmentSelector->setDataname(vorandel::ORGSTRUCTURE_DATANAME);
+
     connect(ui->jobCombo, QOverload<int>::of(&QComboBox::activated), this, &PropertyBaseWidget::dataEdited);
+    connect(ui->departmentSelector, &VDObjectSelector::currentDataChanged, this, [this] {
+        if (newDepartment() != 0)
+            emit dataEdited();
+    });
     connect(ui->addJobButton, &QToolButton::clicked, this, &WorkerJobView::addJobRequested);
 }
 
@@ -51,19 +64,15 @@ void WorkerJobView::setReadOnly(bool readOnly)
     PropertyBaseWidget::setReadOnly(readOnly);
     ui->jobCombo->setEnabled(!readOnly);
     ui->addJobButton->setEnabled(!readOnly);
+    ui->departmentSelector->setEnabled(!readOnly);
 }
 
 void WorkerJobView::setCurrent(const vorandel::OBJECT_HASH& objects)
 {
     PropertyBaseWidget::setCurrent(objects);
     showJob(currentJob());
-
-    const vorandel::ObjectInfo& worker = currentObject();
-    const vorandel::LocalStorage* store = vorandel::LocalStorage::instance();
-    const QString department = worker.parent
-        ? VDGlobals::objectName(store->constObject(worker.parent, vorandel::ORGSTRUCTURE_DATANAME))
-        : QString();
-    ui->departmentLabel->setText(department.isEmpty() ? QStringLiteral("—") : department);
+    const QSignalBlocker blocker(ui->departmentSelector);
+    ui->departmentSelector->setCurrentUid(currentObject().parent);
 }
 
 QHash<QString, QString> WorkerJobView::editedProperties() const
@@ -72,6 +81,42 @@ QHash<QString, QString> WorkerJobView::editedProperties() const
     if (!currentObject().isValid() || chosen == currentJob())
         return {};
     return {{JobKey, chosen ? QString::number(chosen) : QString()}};
+}
+
+vorandel::OBJECT_HASH WorkerJobView::changedObjects() const
+{
+    const vorandel::ObjectInfo& worker = currentObject();
+    const vorandel::TYPE_ID department = newDepartment();
+    const QHash<QString, QString> edits = editedProperties();
+    if (!worker.isValid() || (department == 0 && edits.isEmpty()))
+        return {};
+    vorandel::ObjectInfo changed;
+    changed.uid = worker.uid;
+    changed.type = worker.type;
+    changed.parent = department != 0 ? department : worker.parent;
+    changed.parameters = edits;
+    vorandel::OBJECT_HASH objects;
+    objects.insert(changed.uid, changed);
+    return objects;
+}
+
+void WorkerJobView::saved(vorandel::TYPE_ID uid)
+{
+    const vorandel::TYPE_ID department = newDepartment();
+    PropertyBaseWidget::saved(uid);
+    if (uid == 0 || department == 0 || currentObject().uid != uid)
+        return;
+    vorandel::ObjectInfo moved = currentObject();
+    moved.parent = department;
+    vorandel::OBJECT_HASH objects;
+    objects.insert(uid, moved);
+    setCurrent(objects);
+}
+
+vorandel::TYPE_ID WorkerJobView::newDepartment() const
+{
+    const vorandel::TYPE_ID chosen = ui->departmentSelector->currentUid();
+    return chosen != 0 && chosen != currentObject().parent ? chosen : 0;
 }
 
 vorandel::TYPE_ID WorkerJobView::currentJob() const

@@ -8,7 +8,8 @@ namespace Ui {
 class WorkerJobView;
 }
 
-// The worker's job: title and department.
+// The worker's job: his title and the unit he works in. Moving him to another unit changes his
+// parent, which changedObjects() reports.
 class VDPLATFORM_EXPORT WorkerJobView : public PropertyBaseWidget
 {
     Q_OBJECT
@@ -24,12 +25,18 @@ public:
     void setReadOnly(bool readOnly) override;
     void setCurrent(const vorandel::OBJECT_HASH& objects) override;
     QHash<QString, QString> editedProperties() const override;
+    vorandel::OBJECT_HASH changedObjects() const override;
+
+public slots:
+    void saved(vorandel::TYPE_ID uid) override;
 
 signals:
     void addJobRequested();
 
 private:
     vorandel::TYPE_ID currentJob() const;
+    // The unit chosen, when it isn't the one the worker is in; 0 otherwise.
+    vorandel::TYPE_ID newDepartment() const;
     void showJob(vorandel::TYPE_ID job);
 
     std::unique_ptr<Ui::WorkerJobView> ui;

@@ -63,6 +63,11 @@ void Data::getUserFingers(const QList<unsigned int>& workers, Callback callback)
     call("getUserFingers", std::move(callback), workers);
 }
 
+void Data::setUserFingers(vorandel::TYPE_ID worker, const QList<vorandel::TEMPLATE_DATA>& templates, Callback callback)
+{
+    call("setUserFingers", std::move(callback), worker, templates);
+}
+
 void Data::getBlobDataChange(const QList<vorandel::BLOB_DATA_RESQUEST>& requests, Callback callback)
 {
     call("getBlobDataChange", std::move(callback), requests);

@@ -37,6 +37,8 @@ public:
     void updateWorkerCards(vorandel::TYPE_ID worker, const QList<vorandel::ObjectInfo>& toAdd,
                            const QList<vorandel::ObjectInfo>& toRemove, bool replace, Callback callback);
     void getUserFingers(const QList<unsigned int>& workers, Callback callback);
+    // Replaces all templates of a worker.
+    void setUserFingers(vorandel::TYPE_ID worker, const QList<vorandel::TEMPLATE_DATA>& templates, Callback callback);
     void getBlobDataChange(const QList<vorandel::BLOB_DATA_RESQUEST>& requests, Callback callback);
     void syslog(const vorandel::SYSLOG_DATA& entry, Callback callback);
     void dismissWorker(vorandel::TYPE_ID worker, const QDate& date, Callback callback);

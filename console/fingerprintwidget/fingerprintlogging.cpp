@@ -1,0 +1,3 @@
+#include "fingerprintlogging.h"
+
+Q_LOGGING_CATEGORY(lcFingerprint, "vd.console.fingerprint", QtInfoMsg)
