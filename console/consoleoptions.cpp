@@ -31,6 +31,11 @@ ConsoleOptions::Parsed ConsoleOptions::parse(const QStringList& arguments)
         QStringLiteral("screenshot"),
         tr("Once the tabs show their data, save the window as a PNG image to FILE and exit."),
         QStringLiteral("FILE.png"));
+    const QCommandLineOption click(
+        QStringLiteral("screenshot-click"),
+        tr("With --screenshot, repeatable: first click the tab's button OBJECT (its object name, as the state "
+           "button tbNotConfirmed)."),
+        QStringLiteral("OBJECT"));
     const QCommandLineOption rows(QStringLiteral("screenshot-rows"),
                                   tr("With --screenshot: select the first N rows of the tab's table (default 1)."),
                                   QStringLiteral("N"));
@@ -55,7 +60,7 @@ ConsoleOptions::Parsed ConsoleOptions::parse(const QStringList& arguments)
     const QCommandLineOption plugins(QStringLiteral("plugins"),
                                      tr("Load the plug-ins of DIR (default: 'plugins' next to the program)."),
                                      QStringLiteral("DIR"));
-    parser.addOptions({user, requests, screenshot, rows, action, page, input, mainWindow, plugins});
+    parser.addOptions({user, requests, screenshot, click, rows, action, page, input, mainWindow, plugins});
 
     if (!parser.parse(arguments))
         return failure(parser.errorText());
@@ -98,7 +103,7 @@ ConsoleOptions::Parsed ConsoleOptions::parse(const QStringList& arguments)
         if (options.screenshotFile.isEmpty())
             return failure(tr("--screenshot needs a file name."));
     }
-    for (const QCommandLineOption& step : {rows, action}) {
+    for (const QCommandLineOption& step : {click, rows, action}) {
         if (parser.isSet(step) && !parser.isSet(screenshot))
             return failure(tr("--%1 needs --screenshot.").arg(step.names().constFirst()));
     }
@@ -107,6 +112,12 @@ ConsoleOptions::Parsed ConsoleOptions::parse(const QStringList& arguments)
             return failure(tr("--%1 needs --screenshot-action.").arg(step.names().constFirst()));
     }
     ScreenshotScript& script = options.screenshot;
+    const QStringList clicks = parser.values(click);
+    for (const QString& button : clicks) {
+        if (button.trimmed().isEmpty())
+            return failure(tr("--screenshot-click needs the object name of a button."));
+        script.clicks.append(button.trimmed());
+    }
     if (parser.isSet(rows)) {
         bool ok = false;
         script.rows = parser.value(rows).toInt(&ok);

@@ -27,7 +27,8 @@ public:
     // What is done before the picture is taken.
     struct ScreenshotScript
     {
-        int rows = 1;                  // rows of the tab's table selected first
+        QStringList clicks;            // buttons of the tab clicked first, by object name
+        int rows = 1;                  // rows of the tab's table selected then
         QString action;                // object name of an action of the tab to trigger
         std::optional<int> page;       // page of the wizard, or tab of the dialog, it opens
         QList<ScreenshotInput> inputs;  // in order, each on the page where its widget shows

@@ -5,6 +5,7 @@
 #include "vdplugininterface.h"
 #include "vdserverinterface.h"
 
+#include <QAbstractButton>
 #include <QAction>
 #include <QApplication>
 #include <QFileInfo>
@@ -49,6 +50,14 @@ void Screenshot::take()
 void Screenshot::selectRows()
 {
     QWidget* page = m_tabs ? m_tabs->currentWidget() : nullptr;
+    for (const QString& name : qAsConst(m_script.clicks)) {
+        auto* button = page ? page->findChild<QAbstractButton*>(name) : nullptr;
+        if (!button) {
+            fail(tr("The tab has no button '%1'").arg(name));
+            return;
+        }
+        button->click();
+    }
     QTableView* table = page ? page->findChild<QTableView*>() : nullptr;
     const int rows = table && table->model() ? std::min(m_script.rows, table->model()->rowCount()) : 0;
     if (rows > 0) {

@@ -145,18 +145,24 @@ private slots:
     void screenshotScript_data()
     {
         QTest::addColumn<QStringList>("arguments");
-        QTest::addColumn<QString>("expected");  // rows|action|page|inputs|main, or what the error names
+        QTest::addColumn<QString>("expected");  // clicks|rows|action|page|inputs|main, or what the error names
 
         const QStringList shot{"--screenshot", "s.png"};
-        QTest::newRow("main window only") << shot << "1|||0|false";
+        QTest::newRow("main window only") << shot << "|1|||0|false";
         QTest::newRow("a dialog's tab")
             << shot + QStringList{"--screenshot-rows", "3", "--screenshot-action", "actionSettings", "--screenshot-page", "4"}
-            << "3|actionSettings|4|0|false";
+            << "|3|actionSettings|4|0|false";
+        QTest::newRow("state buttons first")
+            << shot + QStringList{"--screenshot-click", "tbNotConfirmed", "--screenshot-click", "tbActive",
+                                  "--screenshot-action", "actionSettings"}
+            << "tbNotConfirmed,tbActive|1|actionSettings||0|false";
+        QTest::newRow("click without a screenshot") << QStringList{"--screenshot-click", "tbAll"}
+                                                    << "--screenshot-click needs --screenshot";
         QTest::newRow("typing on the way")
             << shot + QStringList{"--screenshot-action", "actionAddRequest", "--screenshot-input", "leSurname=Ива{Down}{Return}",
                                   "--screenshot-input", "tbAddPolicy={Space}", "--screenshot-input", "leName=a=b",
                                   "--screenshot-main"}
-            << "1|actionAddRequest||3|true";
+            << "|1|actionAddRequest||3|true";
         QTest::newRow("rows without a screenshot") << QStringList{"--screenshot-rows", "2"} << "--screenshot-rows needs --screenshot";
         QTest::newRow("page without an action") << shot + QStringList{"--screenshot-page", "1"}
                                                 << "--screenshot-page needs --screenshot-action";
@@ -178,7 +184,7 @@ private slots:
             return;
         }
         const ConsoleOptions::ScreenshotScript& script = parsed.options.screenshot;
-        const QStringList values{QString::number(script.rows), script.action,
+        const QStringList values{script.clicks.join(QLatin1Char(',')), QString::number(script.rows), script.action,
                                  script.page ? QString::number(*script.page) : QString(),
                                  QString::number(script.inputs.size()), script.mainWindow ? "true" : "false"};
         QCOMPARE(values.join(QLatin1Char('|')), expected);
