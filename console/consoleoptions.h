@@ -1,5 +1,7 @@
 #pragma once
 
+#include "storelocation.h"
+
 #include <QCoreApplication>
 #include <QString>
 #include <QStringList>
@@ -16,9 +18,11 @@ public:
     static constexpr int MaxRequests = 1000000;
 
     QString user;                  // empty: the server's default login
-    std::optional<int> requests;   // empty: the server's own small data set
+    std::optional<int> requests;   // empty: the store as it is, or a small demo set in a new one
     QString screenshotFile;        // empty: run interactively
     QString pluginDir;
+    // Where the embedded server keeps its objects; empty: the file in the user's data folder.
+    std::optional<vdserver::StoreLocation> database;
 
     struct Parsed;
     // Reads the arguments, the program's name first. Needs the application object for the

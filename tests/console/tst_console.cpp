@@ -59,6 +59,7 @@ int runConsole(QProcess& process, const QStringList& arguments, const QTemporary
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
     environment.insert(QStringLiteral("XDG_CONFIG_HOME"), home.path());
+    environment.insert(QStringLiteral("XDG_DATA_HOME"), home.path());
     process.setProcessEnvironment(environment);
     process.start(QStringLiteral(VDCONSOLE_BINARY), arguments);
     if (process.waitForFinished(90000) && process.exitStatus() == QProcess::NormalExit)
@@ -236,8 +237,10 @@ private slots:
     void saysWhyThereAreNoPlugins()
     {
         const QTemporaryDir empty;
+        const QTemporaryDir data;
         ConsoleOptions options;
         options.pluginDir = empty.path();
+        options.database = vdserver::StoreLocation::file(data.filePath(QStringLiteral("store.sqlite")));
         Console console(options);
         QVERIFY(console.logIn());
         console.start();
