@@ -5,6 +5,7 @@
 #include "localstorage.h"
 #include "server.h"
 #include "servicerecords.h"
+#include "teststore.h"
 #include "vddatastream.h"
 #include "vdguiglobals.h"
 
@@ -25,6 +26,8 @@ class ServerFixture
 public:
     ServerFixture()
     {
+        if (!server.open(store.location()))
+            qFatal("%s", qPrintable(server.errorString()));
         server.seed();
         session = login(server.defaultLogin());
         server.setAccessNoticeDelay(10);
@@ -103,6 +106,7 @@ public:
         return value;
     }
 
+    TestStore store;
     Server server;
     vdserver::Session session;
     QList<Command> pushed;
@@ -508,15 +512,20 @@ private slots:
                  (QHash<QString, QByteArray>{{Photo, QByteArray()}}));
     }
 
-    void seedIsRepeatableAndScales()
+    void seedIsRepeatable()
     {
         ServerFixture first;
         ServerFixture second;
         QVERIFY(first.snapshot() == second.snapshot());
         second.server.seed({48, 8});
         QVERIFY(*first.server.objects(PASS_REQUEST_DATANAME) != *second.server.objects(PASS_REQUEST_DATANAME));
+    }
 
-        Server& big = second.server;
+    void seedScales()
+    {
+        if (TestStore::onPostgres())
+            QSKIP("The sizes of the set are the seed's, whatever keeps it: the store in memory tells them.");
+        Server big;
         big.seed({100000, 1});
         QCOMPARE(big.objects(PASS_REQUEST_DATANAME)->size(), 100000);
         QCOMPARE(big.objects(SUBJECT_DATANAME)->size(), 50000);
@@ -530,5 +539,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TestServer)
+VD_STORE_TEST_MAIN(TestServer)
 #include "tst_server.moc"
