@@ -18,7 +18,7 @@ namespace {
 // How long an SQLite file that another program holds is waited for.
 constexpr int SqliteBusyMs = 2000;
 // How long PostgreSQL's lock on the store is waited for.
-const QString LockWait = QStringLiteral("5s");
+const QString LockWait = QStringLiteral("3s");
 // The first key of the advisory lock: this server's; the second names the schema.
 constexpr int LockClass = 0x7644;
 

@@ -42,6 +42,9 @@ ObjectStore::~ObjectStore()
 bool ObjectStore::open(const StoreLocation& location)
 {
     Q_ASSERT(!m_inTransaction);
+    // A store admits one server at a time: to read it afresh, this one lets go of it first.
+    if (location == m_database->location() && !location.inMemory())
+        m_database->close();
     auto database = std::make_unique<Database>();
     if (!database->open(location)) {
         m_error = database->errorString();

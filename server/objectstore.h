@@ -58,7 +58,8 @@ public:
     Q_DISABLE_COPY(ObjectStore)
 
     // Opens the store at `location` instead, making or upgrading its tables, and reads its
-    // objects. False, with errorString(), when it can't; then this store stays as it was.
+    // objects. False, with errorString(), when it can't; then this store stays as it was, unless
+    // it was the one at `location`, which is read afresh.
     bool open(const StoreLocation& location);
     // Whether the store was made by the last open(): nothing had been kept there before.
     bool isNew() const { return m_isNew; }

@@ -96,6 +96,13 @@ int StoreLocation::connectTimeoutSeconds() const
     return m_options.value(QStringLiteral("connect_timeout"), QString::number(DefaultConnectTimeoutSeconds)).toInt();
 }
 
+bool StoreLocation::operator==(const StoreLocation& other) const
+{
+    return m_engine == other.m_engine && m_path == other.m_path && m_host == other.m_host && m_port == other.m_port
+        && m_user == other.m_user && m_password == other.m_password && m_databaseName == other.m_databaseName
+        && m_options == other.m_options;
+}
+
 QString StoreLocation::displayName() const
 {
     if (m_engine == Engine::SQLite)

@@ -48,6 +48,9 @@ public:
     QMap<QString, QString> options() const { return m_options; }
     int connectTimeoutSeconds() const;
 
+    bool operator==(const StoreLocation& other) const;
+    bool operator!=(const StoreLocation& other) const { return !(*this == other); }
+
     // For messages: the file, or the URL without its password.
     QString displayName() const;
     // Where the PostgreSQL server is: host and port, or the socket folder and port.

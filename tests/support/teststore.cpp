@@ -97,28 +97,32 @@ TestStore::~TestStore()
         qWarning("Cannot drop the schema %s: %s", qPrintable(m_schema), qPrintable(drop.lastError().text()));
 }
 
-bool TestStore::execute(const QStringList& statements, QString* error) const
+std::optional<QStringList> TestStore::execute(const QStringList& statements, QString* error) const
 {
     const QString name = QStringLiteral("vdtest-behind-the-back");
-    bool done = true;
+    std::optional<QStringList> rows;
     {
         QSqlDatabase database = vdserver::Database::addConnection(m_location, name);
+        QString failure;
         if (!database.open()) {
-            if (error)
-                *error = database.lastError().text();
-            done = false;
-        }
-        QSqlQuery query(database);
-        for (const QString& statement : statements) {
-            if (!done)
-                break;
-            if (!query.exec(statement)) {
-                if (error)
-                    *error = statement + QStringLiteral(": ") + query.lastError().text();
-                done = false;
+            failure = database.lastError().text();
+        } else {
+            QSqlQuery query(database);
+            rows = QStringList();
+            for (const QString& statement : statements) {
+                if (!query.exec(statement)) {
+                    failure = statement + QStringLiteral(": ") + query.lastError().text();
+                    rows.reset();
+                    break;
+                }
+                rows->clear();
+                while (query.next())
+                    rows->append(query.value(0).toString());
             }
         }
+        if (error)
+            *error = failure;
     }
     QSqlDatabase::removeDatabase(name);
-    return done;
+    return rows;
 }

@@ -30,9 +30,10 @@ public:
     Q_DISABLE_COPY(TestStore)
 
     vdserver::StoreLocation location() const { return m_location; }
-    // Runs statements on the store behind the server's back (which must not hold it open);
-    // false, with `error` saying why, on the first that fails.
-    bool execute(const QStringList& statements, QString* error = nullptr) const;
+    // Runs statements on the store behind the server's back, where the server lets it (an SQLite
+    // file only when no server holds it): the first column of the last one's rows, or nullopt,
+    // with `error` saying why, when one fails.
+    std::optional<QStringList> execute(const QStringList& statements, QString* error = nullptr) const;
 
 private:
     QTemporaryDir m_folder;
