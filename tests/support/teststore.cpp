@@ -71,7 +71,8 @@ std::optional<int> TestStore::checkEngine()
 TestStore::TestStore()
 {
     if (!onPostgres()) {
-        m_location = StoreLocation::file(m_folder.filePath(QStringLiteral("store.sqlite")));
+        m_address = m_folder.filePath(QStringLiteral("store.sqlite"));
+        m_location = StoreLocation::file(m_address);
         return;
     }
     static std::atomic<int> count{0};
@@ -81,10 +82,9 @@ TestStore::TestStore()
     if (!make.exec(QStringLiteral("CREATE SCHEMA %1").arg(m_schema)))
         qFatal("Cannot make the schema %s: %s", qPrintable(m_schema), qPrintable(make.lastError().text() + error));
     const QString address = postgresAddress();
-    const QString options = QStringLiteral("options=") + QUrl::toPercentEncoding(QStringLiteral("-csearch_path=") + m_schema);
-    m_location = *StoreLocation::parse(address + (address.contains(QLatin1Char('?')) ? QLatin1Char('&') : QLatin1Char('?'))
-                                           + options,
-                                       &error);
+    m_address = address + (address.contains(QLatin1Char('?')) ? QLatin1Char('&') : QLatin1Char('?'))
+        + QStringLiteral("options=") + QUrl::toPercentEncoding(QStringLiteral("-csearch_path=") + m_schema);
+    m_location = *StoreLocation::parse(m_address, &error);
 }
 
 TestStore::~TestStore()

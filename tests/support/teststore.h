@@ -30,6 +30,8 @@ public:
     Q_DISABLE_COPY(TestStore)
 
     vdserver::StoreLocation location() const { return m_location; }
+    // The location as --database takes it.
+    QString address() const { return m_address; }
     // Runs statements on the store behind the server's back, where the server lets it (an SQLite
     // file only when no server holds it): the first column of the last one's rows, or nullopt,
     // with `error` saying why, when one fails.
@@ -38,6 +40,7 @@ public:
 private:
     QTemporaryDir m_folder;
     QString m_schema;
+    QString m_address;
     vdserver::StoreLocation m_location;
 };
 
