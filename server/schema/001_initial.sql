@@ -30,7 +30,8 @@ CREATE TABLE objects (
 );
 
 -- The links of an object (parent_id) to others (child_id), of a type (ref_type), in the order in
--- which the object holds them (position). Dates are ISO 8601 text.
+-- which the object holds them (position). Dates are ISO 8601 text. The key leads with parent_id,
+-- which is what the links of one object, a worker's card among them, are looked up by.
 CREATE TABLE object_inherit (
     parent_id BIGINT NOT NULL REFERENCES objects (uid) ON DELETE CASCADE DEFERRABLE INITIALLY DEFERRED,
     position INTEGER NOT NULL,
@@ -41,7 +42,6 @@ CREATE TABLE object_inherit (
     date_to TEXT,
     PRIMARY KEY (parent_id, position)
 );
-CREATE INDEX object_inherit_by_type ON object_inherit (ref_type, parent_id);
 
 -- Large values of an object, as a worker's photo.
 CREATE TABLE blobs (
