@@ -4,11 +4,10 @@
 #include "serverlogging.h"
 
 #include <QDateTime>
-#include <QSqlError>
-#include <QStringList>
-
 #include <QMap>
 #include <QRegularExpression>
+#include <QSqlError>
+#include <QStringList>
 
 #include <atomic>
 

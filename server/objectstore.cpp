@@ -6,6 +6,7 @@
 #include "serverlogging.h"
 #include "storerecords.h"
 
+#include <algorithm>
 #include <optional>
 #include <utility>
 
@@ -75,7 +76,8 @@ bool ObjectStore::open(const StoreLocation& location)
     m_lastUid = m_savedUid = records->lastUid();
     m_changes = {};
     m_portraits.clear();
-    m_isNew = database->versionFound() == 0;
+    // Made by this open, or left empty by one that was cut short before anything was kept.
+    m_isNew = std::all_of(m_tables.cbegin(), m_tables.cend(), [](const auto& table) { return table.second.isEmpty(); });
     m_error.clear();
     // The records refer to the database: they go first.
     m_records = std::move(records);
@@ -194,9 +196,10 @@ void ObjectStore::put(const ObjectInfo& given)
     }
     ObjectInfo object = given;
     object.inheritedBy.clear();
-    for (auto link = object.inherits.begin(); link != object.inherits.end(); ++link) {
-        if (link->first != object.uid)
-            link->first = object.uid;
+    const auto foreign = [&](const vorandel::INHERIT_DATA& link) { return link.first != object.uid; };
+    if (std::any_of(object.inherits.cbegin(), object.inherits.cend(), foreign)) {
+        for (vorandel::INHERIT_DATA& link : object.inherits)
+            link.first = object.uid;
     }
 
     const auto stored = objects->constFind(object.uid);
@@ -231,7 +234,8 @@ void ObjectStore::remove(TYPE_ID uid)
         break;
     }
     if (m_accounts.contains(uid)) {
-        remember([this, uid, roles = m_accounts.take(uid)] { m_accounts.insert(uid, roles); });
+        const QStringList roles = m_accounts.take(uid);
+        remember([this, uid, roles] { m_accounts.insert(uid, roles); });
     }
     m_portraits.remove(uid);
     if (writing())
@@ -331,9 +335,16 @@ void ObjectStore::clear()
 {
     if (writing())
         written(m_records->clear());
-    remember([this, tables = std::exchange(m_tables, emptyTables()), settings = std::exchange(m_settings, {}),
-              schedules = std::exchange(m_schedules, {}), accounts = std::exchange(m_accounts, {})] {
-        m_tables = tables;
+    // Emptied in place: the tables stay where readers have them.
+    std::map<QString, vorandel::OBJECT_HASH> tables;
+    for (auto& [dataname, objects] : m_tables)
+        tables[dataname] = std::exchange(objects, {});
+    const QHash<QString, QString> settings = std::exchange(m_settings, {});
+    const VDHash<int, vorandel::SCHEDULE_DATA> schedules = std::exchange(m_schedules, {});
+    const QMap<TYPE_ID, QStringList> accounts = std::exchange(m_accounts, {});
+    remember([this, tables, settings, schedules, accounts] {
+        for (const auto& [dataname, objects] : tables)
+            m_tables[dataname] = objects;
         m_settings = settings;
         m_schedules = schedules;
         m_accounts = accounts;

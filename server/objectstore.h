@@ -61,7 +61,8 @@ public:
     // objects. False, with errorString(), when it can't; then this store stays as it was, unless
     // it was the one at `location`, which is read afresh.
     bool open(const StoreLocation& location);
-    // Whether the store was made by the last open(): nothing had been kept there before.
+    // Whether the store that the last open() found holds no objects: it was just made, or its
+    // first filling never finished.
     bool isNew() const { return m_isNew; }
     const Database& database() const { return *m_database; }
     // Why the last open() or commit() failed.

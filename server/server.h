@@ -50,7 +50,7 @@ public:
     // Keeps the objects at `location` from now on, reading what is there; sessions end. False,
     // with errorString(), when the store can't be opened; then the server keeps what it had.
     bool open(const StoreLocation& location);
-    // Whether the store was made by the last open(), and so holds nothing yet.
+    // Whether the store that open() found holds nothing yet.
     bool isNewStore() const { return m_store.isNew(); }
     QString storeName() const;
     QString errorString() const { return m_error; }

@@ -7,9 +7,9 @@
 #include <QCborStreamWriter>
 #include <QDateTime>
 #include <QFuture>
-#include <QVarLengthArray>
 #include <QSqlError>
 #include <QSqlQuery>
+#include <QVarLengthArray>
 #include <QVariant>
 #include <QtConcurrent>
 
@@ -88,7 +88,7 @@ bool StoreRecords::loadObjects(QString* error, const std::function<void(ObjectIn
     QSqlQuery objectRows(m_database.connection());
     objectRows.setForwardOnly(true);
     if (!objectRows.exec(QStringLiteral("SELECT uid, type, parent_id, modified, parameters FROM objects"))) {
-        *error = objectRows.lastError().text();
+        *error = Database::errorText(objectRows.lastError());
         return false;
     }
     QVector<QFuture<QVector<ObjectInfo>>> batches;
@@ -117,7 +117,7 @@ bool StoreRecords::loadObjects(QString* error, const std::function<void(ObjectIn
     linkRows.setForwardOnly(true);
     if (!linkRows.exec(QStringLiteral("SELECT parent_id, child_id, ref_type, priority, date_from, date_to "
                                       "FROM object_inherit ORDER BY parent_id, position DESC"))) {
-        *error = linkRows.lastError().text();
+        *error = Database::errorText(linkRows.lastError());
         for (QFuture<QVector<ObjectInfo>>& decoding : batches)
             decoding.waitForFinished();
         return false;

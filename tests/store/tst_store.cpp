@@ -367,7 +367,7 @@ private slots:
 
         Server server;
         QVERIFY2(server.open(store.location()), qPrintable(server.errorString()));
-        QCOMPARE(server.isNewStore(), version == 0);
+        QVERIFY(server.isNewStore());  // it holds no objects yet: the console will seed it
         QStringList all;
         for (int applied = 1; applied <= vdserver::Schema::latestVersion(); ++applied)
             all << QString::number(applied);
