@@ -148,9 +148,11 @@ bool StoreRecords::loadObjects(QString* error, const std::function<void(ObjectIn
 
 QVector<ObjectInfo> StoreRecords::decodeBatch(Batch batch)
 {
-    QHash<QByteArray, QString> names;
+    // Dates, names, states and keys repeat from one object to the next: the objects of a batch
+    // share one copy of each. A table for all of them would cost more to look up than it saves.
+    QHash<QByteArray, QString> texts;
     for (int i = 0; i < batch.objects.size(); ++i) {
-        if (!decodeParameters(batch.parameters.at(i), batch.objects[i].parameters, names))
+        if (!decodeParameters(batch.parameters.at(i), batch.objects[i].parameters, texts))
             qCWarning(lcServer) << "fail to read the parameters of" << batch.objects.at(i).uid;
     }
     return batch.objects;
@@ -401,7 +403,7 @@ QByteArray StoreRecords::encodeParameters(const QHash<QString, QString>& paramet
 }
 
 bool StoreRecords::decodeParameters(const QByteArray& bytes, QHash<QString, QString>& parameters,
-                                    QHash<QByteArray, QString>& names)
+                                    QHash<QByteArray, QString>& texts)
 {
     QCborStreamReader reader(bytes);
     if (!reader.isMap())
@@ -410,16 +412,20 @@ bool StoreRecords::decodeParameters(const QByteArray& bytes, QHash<QString, QStr
         parameters.reserve(int(reader.length()));
     reader.enterContainer();
     QVarLengthArray<char, 256> buffer;
+    const auto shared = [&]() -> const QString& {
+        const QByteArray utf8 = QByteArray::fromRawData(buffer.constData(), int(buffer.size()));
+        auto text = texts.constFind(utf8);
+        if (text == texts.cend())
+            text = texts.insert(QByteArray(utf8.constData(), utf8.size()), QString::fromUtf8(utf8));
+        return *text;
+    };
     while (reader.hasNext()) {
         if (!readUtf8(reader, buffer))
             return false;
-        const QByteArray utf8 = QByteArray::fromRawData(buffer.constData(), int(buffer.size()));
-        auto name = names.constFind(utf8);
-        if (name == names.cend())
-            name = names.insert(QByteArray(utf8.constData(), utf8.size()), QString::fromUtf8(utf8));
+        const QString& key = shared();
         if (!readUtf8(reader, buffer))
             return false;
-        parameters.insert(*name, QString::fromUtf8(buffer.constData(), int(buffer.size())));
+        parameters.insert(key, shared());
     }
     return reader.lastError() == QCborError::NoError && reader.leaveContainer();
 }

@@ -64,10 +64,11 @@ public:
 
     // Parameters as they are kept: a CBOR map of text to text.
     static QByteArray encodeParameters(const QHash<QString, QString>& parameters);
-    // False for bytes that are not such a map. Keys are taken from `names` (by their UTF-8) where
-    // it has them, and added to it where not, so that all objects share one copy of each key.
+    // False for bytes that are not such a map. Keys and values are taken from `texts` (by their
+    // UTF-8) where it has them, and added to it where not, so that the objects decoded with one
+    // table share one copy of each text.
     static bool decodeParameters(const QByteArray& bytes, QHash<QString, QString>& parameters,
-                                 QHash<QByteArray, QString>& names);
+                                 QHash<QByteArray, QString>& texts);
 
 private:
     // Objects read but for their parameters, which are still as they are kept.

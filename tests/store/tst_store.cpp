@@ -6,6 +6,7 @@
 #include "serverfixture.h"
 #include "servicerecords.h"
 #include "storelocation.h"
+#include "storerecords.h"
 #include "teststore.h"
 
 #include <QDir>
@@ -171,6 +172,38 @@ private slots:
         QCOMPARE(found.join(QLatin1Char('|')), parts);
         // A password never shows.
         QVERIFY(location->password().isEmpty() || !location->displayName().contains(location->password()));
+    }
+
+    void parameters_data()
+    {
+        QTest::addColumn<QVariantHash>("parameters");
+
+        QTest::newRow("none") << QVariantHash();
+        QTest::newRow("Cyrillic and signs") << QVariantHash{{"PT_SURNAME", "Щукина-Ёлкина"}, {"PT_WAY", "12;13;14"}};
+        QTest::newRow("an empty value") << QVariantHash{{"PT_EXTRA_INFO", ""}};
+        QTest::newRow("longer than the buffer") << QVariantHash{{"PT_PHOTO_PREVIEW", QString(5000, QChar(0x416))}};
+        QTest::newRow("a key of its own") << QVariantHash{{"Ключ с пробелом", "значение"}};
+    }
+
+    // What goes in comes out, and a batch of objects shares its repeated texts.
+    void parameters()
+    {
+        QFETCH(QVariantHash, parameters);
+
+        QHash<QString, QString> given;
+        for (auto it = parameters.cbegin(); it != parameters.cend(); ++it)
+            given.insert(it.key(), it.value().toString());
+        const QByteArray bytes = vdserver::StoreRecords::encodeParameters(given);
+        QHash<QByteArray, QString> texts;
+        QHash<QString, QString> first;
+        QHash<QString, QString> second;
+        QVERIFY(vdserver::StoreRecords::decodeParameters(bytes, first, texts));
+        QVERIFY(vdserver::StoreRecords::decodeParameters(bytes, second, texts));
+        QCOMPARE(first, given);
+        for (auto it = first.cbegin(); it != first.cend(); ++it)
+            QVERIFY(it.value().isEmpty() || it.value().constData() == second.value(it.key()).constData());
+        QHash<QString, QString> broken;
+        QVERIFY(!bytes.isEmpty() && !vdserver::StoreRecords::decodeParameters(bytes.chopped(1), broken, texts));
     }
 
     // A day at the desk, then a restart: everything is there as it was, and uids go on.
