@@ -2,7 +2,10 @@
 
 #include "objectinfo.h"
 
+#include <QList>
 #include <QString>
+
+#include <algorithm>
 
 // The stream of operations of the fault test, in families of six that build on each other. The
 // operation `seq` is the kind seq % 6 of the family seq / 6:
@@ -30,6 +33,12 @@ inline bool removesWorker(int family) { return family % 2 == 1; }
 inline int firstOfFamilyAfter(int seq) { return (family(seq) + 1) * Kinds; }
 
 inline QString tag(int family) { return QStringLiteral("F%1").arg(family); }
+// The access groups that every family grants: the first of all, by uid.
+inline QList<vorandel::TYPE_ID> grantedGroups(QList<vorandel::TYPE_ID> groups)
+{
+    std::sort(groups.begin(), groups.end());
+    return groups.mid(0, GroupsGranted);
+}
 inline vorandel::CARD_ID cardNumber(int family, int card)
 {
     return vorandel::CARD_ID(7000000000ull) + vorandel::CARD_ID(family) * CardsIssued + vorandel::CARD_ID(card);

@@ -12,7 +12,6 @@
 #include <QElapsedTimer>
 #include <QStringList>
 
-#include <algorithm>
 #include <cstdio>
 
 using namespace vorandel;
@@ -96,8 +95,7 @@ int main(int argc, char* argv[])
     const std::optional<vdserver::Session> sidorova = server.login(QStringLiteral("sidorova"));
     const ObjectInfo* list = findBy(server, CONFIRM_LIST_DATANAME, QStringLiteral("PT_NAME"),
                                     QStringLiteral("Разовый пропуск посетителя"));
-    QList<TYPE_ID> groups = server.objects(POLICY_DATANAME)->keys();
-    std::sort(groups.begin(), groups.end());
+    const QList<TYPE_ID> groups = faultplan::grantedGroups(server.objects(POLICY_DATANAME)->keys());
     if (!admin || !petrov || !sidorova || !list || groups.size() < faultplan::GroupsGranted) {
         say(QStringLiteral("error the store lacks the demo set"));
         return 2;
@@ -127,8 +125,8 @@ int main(int argc, char* argv[])
             break;
         case faultplan::Grant: {
             QList<ACCESS_CHANGES> changes;
-            for (int i = 0; i < faultplan::GroupsGranted; ++i)
-                changes << ACCESS_CHANGES{worker, groups.at(i), true, false, 7};
+            for (TYPE_ID group : groups)
+                changes << ACCESS_CHANGES{worker, group, true, false, 7};
             answer = client.data(*admin, QStringLiteral("changeUserAccess"), changes);
             break;
         }

@@ -36,6 +36,9 @@ struct Findings
     int lost = 0;          // acknowledged, and not there
     int halfApplied = 0;   // there in part
     QStringList details;
+    // The access that the workers of the stream have beside what it grants them: whatever their
+    // making gives them, the same for all.
+    std::optional<QSet<TYPE_ID>> madeWith;
 
     void note(int& count, const QString& what)
     {
@@ -109,11 +112,23 @@ void check(const vdserver::Server& server, int number, const Family& family, Fin
     if (removed && worker)
         lost(QStringLiteral("the worker was removed and is back"));
     if (worker) {
-        const int groups = worker->inherits.count(7);
+        const QList<TYPE_ID> granted = grantedGroups(server.objects(POLICY_DATANAME)->keys());
+        QSet<TYPE_ID> others;
+        int groups = 0;
+        for (const INHERIT_DATA& link : worker->inherits.values(7)) {
+            if (granted.contains(link.second))
+                ++groups;
+            else
+                others.insert(link.second);
+        }
         if (groups != 0 && groups != GroupsGranted)
-            half(QStringLiteral("%1 access groups").arg(groups));
+            half(QStringLiteral("%1 of the access groups granted").arg(groups));
         if (acked(Grant) && groups == 0)
             lost(QStringLiteral("the access groups are gone"));
+        if (!findings.madeWith)
+            findings.madeWith = others;
+        else if (others != *findings.madeWith)
+            half(QStringLiteral("access groups from his making that others don't have"));
     }
     const TYPE_ID workerUid = worker ? worker->uid : family.worker;
     if (workerUid != 0) {
