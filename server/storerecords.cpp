@@ -23,7 +23,7 @@ using vorandel::TYPE_ID;
 
 namespace {
 // Objects to a batch of decoding: enough to be worth a task, few enough to keep both cores busy.
-constexpr int BatchSize = 4096;
+constexpr int BatchSize = 1024;
 
 QVariant uidValue(TYPE_ID uid)
 {

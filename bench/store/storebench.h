@@ -9,6 +9,7 @@
 //
 //   open_ms         the store read and the operator logged in
 //   first_paint_ms  from the start until the request table has been painted
+//                   (both also as the processor time that they took, all threads together)
 //   decision_ms     the median of several confirmations: from the query to the tab's store
 //                   holding the new state, the commit to the disk included
 //   file_mb         the SQLite file with its log
