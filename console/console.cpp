@@ -12,9 +12,17 @@
 #include "vdserverinterface.h"
 
 #include <QApplication>
+#include <QDir>
+#include <QStandardPaths>
 #include <QTabWidget>
+#include <QTextStream>
 
 #include <algorithm>
+
+namespace {
+// The operator's store, in the user's data folder unless --database names another.
+const QString StoreFileName = QStringLiteral("store.sqlite");
+}  // namespace
 
 Console::Console(const ConsoleOptions& options, QObject* parent)
     : QObject(parent), m_options(options), m_localData(&m_server)
@@ -28,10 +36,8 @@ Console::~Console() = default;
 
 bool Console::logIn()
 {
-    vdserver::SeedOptions seed;
-    if (m_options.requests)
-        seed.requests = *m_options.requests;
-    m_server.seed(seed);
+    if (!openStore())
+        return false;
 
     const QString login = m_options.user.isEmpty() ? m_server.defaultLogin() : m_options.user;
     const std::optional<vdserver::Session> session = m_server.login(login);
@@ -45,6 +51,50 @@ bool Console::logIn()
                                       [&](const vdserver::Account& a) { return a.login == session->login; });
     m_userName = account != accounts.cend() && !account->displayName.isEmpty() ? account->displayName : login;
     qCInfo(lcConsole) << "logged in as" << login << session->roles;
+    return true;
+}
+
+bool Console::openStore()
+{
+    const bool fresh = m_options.requests.has_value();
+    vdserver::StoreLocation location;
+    if (m_options.database) {
+        location = *m_options.database;
+    } else {
+        const QString folder = QStandardPaths::writableLocation(QStandardPaths::AppDataLocation);
+        if (!QDir().mkpath(folder)) {
+            m_error = tr("Cannot make the data folder %1.").arg(QDir::toNativeSeparators(folder));
+            return false;
+        }
+        const QString name = fresh ? QStringLiteral("demo-%1.sqlite").arg(*m_options.requests) : StoreFileName;
+        location = vdserver::StoreLocation::file(QDir(folder).filePath(name));
+    }
+    if (!m_server.open(location)) {
+        m_error = m_server.errorString();
+        return false;
+    }
+    // The operator's own store is never seeded over; the demo file of --requests is there for it.
+    if (fresh && m_options.database && !m_server.isNewStore()) {
+        m_error = tr("%1 already holds a store, and --requests seeds a fresh demo data set into a new one only. "
+                     "Remove it, or name another with --database.")
+                      .arg(m_server.storeName());
+        return false;
+    }
+    if (!fresh && !m_server.isNewStore()) {
+        qCInfo(lcConsole).noquote() << "store" << m_server.storeName();
+        return true;
+    }
+    vdserver::SeedOptions seed;
+    if (fresh)
+        seed.requests = *m_options.requests;
+    if (!m_server.seed(seed)) {
+        m_error = m_server.errorString();
+        return false;
+    }
+    QTextStream(stdout) << (fresh ? tr("A fresh demo data set of %1 requests is in %2").arg(seed.requests)
+                                  : tr("A new store with the demo data set is in %1"))
+                                   .arg(m_server.storeName())
+                        << Qt::endl;
     return true;
 }
 

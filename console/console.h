@@ -20,8 +20,10 @@ public:
     explicit Console(const ConsoleOptions& options, QObject* parent = nullptr);
     ~Console() override;
 
-    // Seeds the server and opens the session of the chosen user. False, with errorString()
-    // saying why, for a login the server doesn't know.
+    // Opens the server's store and the session of the chosen user. A new store gets the demo
+    // data set, and --requests seeds a fresh one; both say where on standard output. False, with
+    // errorString() saying why, for a store that can't be opened or a login the server doesn't
+    // know.
     bool logIn();
     QString errorString() const;
 
@@ -29,11 +31,13 @@ public:
     // window once it has settled and emits finished.
     void start();
     MainWindow* window() const;
+    vdserver::Server& server() { return m_server; }
 
 signals:
     void finished(int exitCode);
 
 private:
+    bool openStore();
     QString unknownUserText(const QString& login) const;
     // A card reader of the server waits for a card: the operator says which one he holds to it.
     void askForCard(const QString& identity, unsigned int device);

@@ -18,15 +18,22 @@ ConsoleOptions::Parsed ConsoleOptions::parse(const QStringList& arguments)
 {
     QCommandLineParser parser;
     parser.setApplicationDescription(
-        tr("Operator console: runs its plug-ins against an embedded server with a demo data set."));
+        tr("Operator console: runs its plug-ins against an embedded server that keeps its data in a database."));
     const QCommandLineOption help = parser.addHelpOption();
     const QCommandLineOption version = parser.addVersionOption();
     const QCommandLineOption user(QStringLiteral("user"),
                                   tr("Log in as the seeded user LOGIN (default: an administrator)."),
                                   QStringLiteral("LOGIN"));
-    const QCommandLineOption requests(QStringLiteral("requests"),
-                                      tr("Seed a demo data set with about N pass requests."),
-                                      QStringLiteral("N"));
+    const QCommandLineOption requests(
+        QStringLiteral("requests"),
+        tr("Seed a fresh demo data set with about N pass requests into a fresh store (by default the file "
+           "demo-N.sqlite in the data folder) and say where."),
+        QStringLiteral("N"));
+    const QCommandLineOption database(
+        QStringLiteral("database"),
+        tr("Keep the data in the SQLite file FILE, or in the PostgreSQL database of the address "
+           "postgresql://USER@HOST:PORT/DBNAME (default: store.sqlite in the user's data folder)."),
+        QStringLiteral("FILE|URL"));
     const QCommandLineOption screenshot(
         QStringLiteral("screenshot"),
         tr("Once the tabs show their data, save the window as a PNG image to FILE and exit."),
@@ -60,7 +67,7 @@ ConsoleOptions::Parsed ConsoleOptions::parse(const QStringList& arguments)
     const QCommandLineOption plugins(QStringLiteral("plugins"),
                                      tr("Load the plug-ins of DIR (default: 'plugins' next to the program)."),
                                      QStringLiteral("DIR"));
-    parser.addOptions({user, requests, screenshot, click, rows, action, page, input, mainWindow, plugins});
+    parser.addOptions({user, requests, database, screenshot, click, rows, action, page, input, mainWindow, plugins});
 
     if (!parser.parse(arguments))
         return failure(parser.errorText());
@@ -97,6 +104,12 @@ ConsoleOptions::Parsed ConsoleOptions::parse(const QStringList& arguments)
                                .arg(parser.value(requests)));
         }
         options.requests = count;
+    }
+    if (parser.isSet(database)) {
+        QString error;
+        options.database = vdserver::StoreLocation::parse(parser.value(database), &error);
+        if (!options.database)
+            return failure(tr("--database: %1").arg(error));
     }
     if (parser.isSet(screenshot)) {
         options.screenshotFile = parser.value(screenshot);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "keystrokes.h"
+#include "storelocation.h"
 
 #include <QCoreApplication>
 #include <QList>
@@ -36,10 +37,12 @@ public:
     };
 
     QString user;                  // empty: the server's default login
-    std::optional<int> requests;   // empty: the server's own small data set
+    std::optional<int> requests;   // empty: the store as it is, or a small demo set in a new one
     QString screenshotFile;        // empty: run interactively
     ScreenshotScript screenshot;
     QString pluginDir;
+    // Where the embedded server keeps its objects; empty: the file in the user's data folder.
+    std::optional<vdserver::StoreLocation> database;
 
     struct Parsed;
     // Reads the arguments, the program's name first. Needs the application object for the

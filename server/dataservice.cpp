@@ -384,7 +384,7 @@ Reply DataService::syslog(const Session&, QDataStream& in)
     vorandel::SYSLOG_DATA entry;
     if (!read(in, entry))
         return malformed();
-    m_syslog.append(entry);
+    m_store.addSyslog(entry);
     qCInfo(lcServer) << "syslog" << entry.code << entry.user << entry.text;
     return Reply::success();
 }

@@ -40,7 +40,6 @@ public:
 
     // How long after the answer to "changeUserAccess" its notice follows.
     void setAccessNoticeDelay(int msecs) { m_accessNoticeDelay = msecs; }
-    QList<vorandel::SYSLOG_DATA> syslogEntries() const { return m_syslog; }
 
 private:
     using Operation = Reply (DataService::*)(const Session&, QDataStream&);
@@ -68,7 +67,6 @@ private:
     ObjectStore& m_store;
     const QHash<QByteArray, Session>& m_sessions;
     RequestWorkflow m_workflow;
-    QList<vorandel::SYSLOG_DATA> m_syslog;
     int m_accessNoticeDelay = 300;
 };
 

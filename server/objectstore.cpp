@@ -1,9 +1,13 @@
 #include "objectstore.h"
 
 #include "constants.h"
+#include "database.h"
 #include "photos.h"
 #include "serverlogging.h"
+#include "storerecords.h"
 
+#include <algorithm>
+#include <optional>
 #include <utility>
 
 namespace vdserver {
@@ -11,10 +15,114 @@ namespace vdserver {
 using vorandel::ObjectInfo;
 using vorandel::TYPE_ID;
 
-ObjectStore::ObjectStore()
+namespace {
+std::map<QString, vorandel::OBJECT_HASH> emptyTables()
 {
-    for (const QString& dataname : datanames())
-        m_tables[dataname];
+    std::map<QString, vorandel::OBJECT_HASH> tables;
+    for (const QString& dataname : ObjectStore::datanames())
+        tables[dataname];
+    return tables;
+}
+}  // namespace
+
+ObjectStore::ObjectStore()
+    : m_database(std::make_unique<Database>()),
+      m_records(std::make_unique<StoreRecords>(*m_database)),
+      m_tables(emptyTables())
+{
+    if (!m_database->open(StoreLocation()))
+        qCCritical(lcServer).noquote() << "no store in memory:" << m_database->errorString();
+}
+
+ObjectStore::~ObjectStore()
+{
+    if (m_inTransaction)
+        rollback();
+}
+
+bool ObjectStore::open(const StoreLocation& location)
+{
+    Q_ASSERT(!m_inTransaction);
+    // A store admits one server at a time: to read it afresh, this one lets go of it first.
+    if (location == m_database->location() && !location.inMemory())
+        m_database->close();
+    auto database = std::make_unique<Database>();
+    if (!database->open(location)) {
+        m_error = database->errorString();
+        return false;
+    }
+    auto records = std::make_unique<StoreRecords>(*database);
+    std::map<QString, vorandel::OBJECT_HASH> tables = emptyTables();
+    QSet<QString> unknownTypes;
+    QString failure;
+    const bool read = records->loadObjects(&failure, [&](ObjectInfo&& object) {
+        const QString dataname = datanameForType(object.type);
+        if (dataname.isEmpty())
+            unknownTypes.insert(object.type);
+        else
+            tables[dataname].insert(object.uid, std::move(object));
+    });
+    if (!read) {
+        m_error = tr("Cannot read the objects of the store %1: %2").arg(location.displayName(), failure);
+        return false;
+    }
+    for (const QString& type : qAsConst(unknownTypes))
+        qCWarning(lcServer) << "the store holds objects of the type" << type << "that this server does not keep";
+
+    m_tables = std::move(tables);
+    m_settings = records->settings();
+    m_schedules = records->schedules();
+    m_accounts = records->accounts();
+    m_lastUid = m_savedUid = records->lastUid();
+    m_changes = {};
+    m_portraits.clear();
+    // Made by this open, or left empty by one that was cut short before anything was kept.
+    m_isNew = std::all_of(m_tables.cbegin(), m_tables.cend(), [](const auto& table) { return table.second.isEmpty(); });
+    m_error.clear();
+    // The records refer to the database: they go first.
+    m_records = std::move(records);
+    m_database = std::move(database);
+    return true;
+}
+
+void ObjectStore::begin()
+{
+    Q_ASSERT(!m_inTransaction);
+    m_inTransaction = true;
+    m_failure.clear();
+    m_changesAtBegin = m_changes;
+}
+
+bool ObjectStore::commit()
+{
+    Q_ASSERT(m_inTransaction);
+    const bool countUids = m_lastUid > m_savedUid;
+    if (countUids && writing())
+        written(m_records->setLastUid(m_lastUid));
+    if (m_failure.isEmpty() && m_database->commit()) {
+        if (countUids)
+            m_savedUid = m_lastUid;
+        m_undo.clear();
+        m_inTransaction = false;
+        return true;
+    }
+    const QString failure = m_failure.isEmpty() ? m_database->errorString() : m_failure;
+    qCWarning(lcServer).noquote() << "fail to keep the changes in" << m_database->location().displayName() << failure;
+    rollback();
+    m_error = failure;
+    return false;
+}
+
+void ObjectStore::rollback()
+{
+    Q_ASSERT(m_inTransaction);
+    m_database->rollback();
+    for (auto undo = m_undo.rbegin(); undo != m_undo.rend(); ++undo)
+        (*undo)();
+    m_undo.clear();
+    m_changes = std::exchange(m_changesAtBegin, {});
+    m_failure.clear();
+    m_inTransaction = false;
 }
 
 QStringList ObjectStore::datanames()
@@ -78,37 +186,60 @@ TYPE_ID ObjectStore::cardByNumber(vorandel::CARD_ID number) const
     return 0;
 }
 
-void ObjectStore::put(const ObjectInfo& object)
+void ObjectStore::put(const ObjectInfo& given)
 {
-    const QString dataname = datanameForType(object.type);
+    const QString dataname = datanameForType(given.type);
     vorandel::OBJECT_HASH* objects = table(dataname);
-    if (!objects || object.uid == 0) {
-        qCWarning(lcServer) << "no place for" << object;
+    if (!objects || given.uid == 0) {
+        qCWarning(lcServer) << "no place for" << given;
         return;
     }
+    ObjectInfo object = given;
+    object.inheritedBy.clear();
+    const auto foreign = [&](const vorandel::INHERIT_DATA& link) { return link.first != object.uid; };
+    if (std::any_of(object.inherits.cbegin(), object.inherits.cend(), foreign)) {
+        for (vorandel::INHERIT_DATA& link : object.inherits)
+            link.first = object.uid;
+    }
+
+    const auto stored = objects->constFind(object.uid);
+    std::optional<ObjectInfo> previous;
+    if (stored != objects->cend())
+        previous = *stored;
+    if (writing())
+        written(m_records->writeObject(object, previous ? &*previous : nullptr));
     objects->insert(object.uid, object);
     m_changes.changed[dataname].insert(object.uid);
+    remember([this, dataname, uid = object.uid, previous] {
+        if (previous)
+            m_tables[dataname].insert(uid, *previous);
+        else
+            m_tables[dataname].remove(uid);
+    });
 }
 
 void ObjectStore::remove(TYPE_ID uid)
 {
     for (auto& [dataname, objects] : m_tables) {
-        if (objects.remove(uid) == 0)
+        const auto stored = objects.constFind(uid);
+        if (stored == objects.cend())
             continue;
+        const ObjectInfo previous = *stored;
+        objects.remove(uid);
         auto changed = m_changes.changed.find(dataname);
         if (changed != m_changes.changed.end())
             changed->remove(uid);
         m_changes.removed[dataname].insert(uid);
+        remember([this, dataname = dataname, previous] { m_tables[dataname].insert(previous.uid, previous); });
         break;
     }
-    for (auto it = m_blobs.begin(); it != m_blobs.end();) {
-        if (it.key().first == uid)
-            it = m_blobs.erase(it);
-        else
-            ++it;
+    if (m_accounts.contains(uid)) {
+        const QStringList roles = m_accounts.take(uid);
+        remember([this, uid, roles] { m_accounts.insert(uid, roles); });
     }
-    m_promisedPortraits.remove(uid);
-    m_templates.remove(uid);
+    m_portraits.remove(uid);
+    if (writing())
+        written(m_records->removeObject(uid));
 }
 
 ObjectChanges ObjectStore::takeChanges()
@@ -118,68 +249,140 @@ ObjectChanges ObjectStore::takeChanges()
 
 QByteArray ObjectStore::blob(TYPE_ID uid, const QString& name)
 {
-    if (name == PHOTO_KEY && m_promisedPortraits.remove(uid)) {
-        if (const ObjectInfo* worker = object(uid, vorandel::SUBJECT_DATANAME))
-            setBlob(uid, name, Photos::photo(*worker));
-    }
-    return m_blobs.value({uid, name});
+    const QByteArray stored = m_records->blob(uid, name);
+    if (!stored.isEmpty() || name != PHOTO_KEY)
+        return stored;
+    const auto drawn = m_portraits.constFind(uid);
+    if (drawn != m_portraits.cend())
+        return *drawn;
+    const ObjectInfo* worker = object(uid, vorandel::SUBJECT_DATANAME);
+    if (!worker || !m_records->hasDrawnPortrait(uid))
+        return {};
+    // The same worker always gets the same picture: it is drawn again rather than kept.
+    return *m_portraits.insert(uid, Photos::photo(*worker));
 }
 
 void ObjectStore::setBlob(TYPE_ID uid, const QString& name, const QByteArray& bytes)
 {
     if (name == PHOTO_KEY)
-        m_promisedPortraits.remove(uid);
-    if (bytes.isEmpty())
-        m_blobs.remove({uid, name});
-    else
-        m_blobs.insert({uid, name}, bytes);
+        m_portraits.remove(uid);
+    if (!writing())
+        return;
+    written(m_records->setBlob(uid, name, bytes));
+    if (name == PHOTO_KEY)
+        written(m_records->setDrawnPortrait(uid, false));
 }
 
 void ObjectStore::promisePortrait(TYPE_ID worker)
 {
-    m_promisedPortraits.insert(worker);
+    if (writing())
+        written(m_records->setDrawnPortrait(worker, true));
 }
 
 QVector<vorandel::TEMPLATE_DATA> ObjectStore::templates(TYPE_ID worker) const
 {
-    return m_templates.value(worker);
+    return m_records->templates(worker);
 }
 
 void ObjectStore::setTemplates(TYPE_ID worker, const QVector<vorandel::TEMPLATE_DATA>& templates)
 {
-    if (templates.isEmpty())
-        m_templates.remove(worker);
-    else
-        m_templates.insert(worker, templates);
+    if (writing())
+        written(m_records->setTemplates(worker, templates));
 }
 
 void ObjectStore::setSetting(const QString& key, const QString& value)
 {
+    if (writing())
+        written(m_records->setSetting(key, value));
+    const auto previous = m_settings.constFind(key);
+    remember([this, key, previous = previous != m_settings.cend() ? std::optional<QString>(*previous) : std::nullopt] {
+        if (previous)
+            m_settings.insert(key, *previous);
+        else
+            m_settings.remove(key);
+    });
     m_settings.insert(key, value);
 }
 
 void ObjectStore::setSchedules(const VDHash<int, vorandel::SCHEDULE_DATA>& schedules)
 {
+    if (writing())
+        written(m_records->setSchedules(schedules));
+    remember([this, previous = m_schedules] { m_schedules = previous; });
     m_schedules = schedules;
+}
+
+void ObjectStore::setAccount(TYPE_ID user, const QStringList& roles)
+{
+    if (writing())
+        written(m_records->setAccount(user, roles));
+    remember([this, previous = m_accounts] { m_accounts = previous; });
+    m_accounts.insert(user, roles);
+}
+
+QList<vorandel::SYSLOG_DATA> ObjectStore::syslog() const
+{
+    return m_records->syslog();
+}
+
+void ObjectStore::addSyslog(const vorandel::SYSLOG_DATA& entry)
+{
+    if (writing())
+        written(m_records->addSyslog(entry));
 }
 
 void ObjectStore::clear()
 {
+    if (writing())
+        written(m_records->clear());
+    // Emptied in place: the tables stay where readers have them.
+    std::map<QString, vorandel::OBJECT_HASH> tables;
     for (auto& [dataname, objects] : m_tables)
-        objects.clear();
-    m_lastUid = 0;
+        tables[dataname] = std::exchange(objects, {});
+    const QHash<QString, QString> settings = std::exchange(m_settings, {});
+    const VDHash<int, vorandel::SCHEDULE_DATA> schedules = std::exchange(m_schedules, {});
+    const QMap<TYPE_ID, QStringList> accounts = std::exchange(m_accounts, {});
+    remember([this, tables, settings, schedules, accounts] {
+        for (const auto& [dataname, objects] : tables)
+            m_tables[dataname] = objects;
+        m_settings = settings;
+        m_schedules = schedules;
+        m_accounts = accounts;
+    });
     m_changes = {};
-    m_blobs.clear();
-    m_promisedPortraits.clear();
-    m_templates.clear();
-    m_settings.clear();
-    m_schedules.clear();
+    m_portraits.clear();
 }
 
 vorandel::OBJECT_HASH* ObjectStore::table(const QString& dataname)
 {
     const auto it = m_tables.find(dataname);
     return it == m_tables.end() ? nullptr : &it->second;
+}
+
+bool ObjectStore::writing()
+{
+    if (!m_failure.isEmpty())
+        return false;
+    if (!m_inTransaction) {
+        qCWarning(lcServer) << "a change outside a transaction is kept at once";
+        return true;
+    }
+    if (m_database->begin())
+        return true;
+    m_failure = m_database->errorString();
+    return false;
+}
+
+void ObjectStore::written(bool ok)
+{
+    if (!ok && m_failure.isEmpty())
+        m_failure = m_database->errorString();
+}
+
+void ObjectStore::remember(std::function<void()> undo)
+{
+    if (m_inTransaction)
+        m_undo.push_back(std::move(undo));
 }
 
 }  // namespace vdserver

@@ -2,9 +2,11 @@
 
 #include "objectinfo.h"
 #include "servicerecords.h"
+#include "storelocation.h"
 #include "vdhash.h"
 
 #include <QByteArray>
+#include <QCoreApplication>
 #include <QHash>
 #include <QMap>
 #include <QPair>
@@ -13,9 +15,15 @@
 #include <QStringList>
 #include <QVector>
 
+#include <functional>
 #include <map>
+#include <memory>
+#include <vector>
 
 namespace vdserver {
+
+class Database;
+class StoreRecords;
 
 // Object types of the datanames that the platform's constants leave without one.
 inline const QString CONFIRM_LIST_TYPE = QStringLiteral("OT_CONFIRM_LIST");
@@ -30,20 +38,47 @@ struct ObjectChanges
 };
 
 // The server's objects, by dataname, with their blobs and biometric templates, the database
-// settings and the schedules. Uids are unique across all datanames. Every put and removal is
-// noted until takeChanges(), so that what a query changed can be announced after its answer.
+// settings, the schedules and the accounts of those who may log in. Uids are unique across all
+// datanames and never given twice. Every put and removal is noted until takeChanges(), so that
+// what a query changed can be announced after its answer.
+//
+// The objects, settings, schedules and accounts are held in memory and read from there; blobs,
+// templates and the system log are read from the database when asked for. Every change is
+// written through to the database (schema/*.sql): changes between begin() and commit() are kept
+// whole or not at all, and a transaction that fails or is rolled back leaves memory as it was at
+// begin(), but for uids handed out meanwhile, which are skipped.
 class ObjectStore
 {
+    Q_DECLARE_TR_FUNCTIONS(ObjectStore)
 public:
-    // Every dataname has a table from the start, empty until filled.
+    // An empty store in memory, gone with this object. Every dataname has a table from the start,
+    // empty until filled.
     ObjectStore();
+    ~ObjectStore();
+    Q_DISABLE_COPY(ObjectStore)
+
+    // Opens the store at `location` instead, making or upgrading its tables, and reads its
+    // objects. False, with errorString(), when it can't; then this store stays as it was, unless
+    // it was the one at `location`, which is read afresh.
+    bool open(const StoreLocation& location);
+    // Whether the store that the last open() found holds no objects: it was just made, or its
+    // first filling never finished.
+    bool isNew() const { return m_isNew; }
+    const Database& database() const { return *m_database; }
+    // Why the last open() or commit() failed.
+    QString errorString() const { return m_error; }
+
+    void begin();
+    // False, with errorString(), when the changes could not be kept; then they are all undone.
+    bool commit();
+    void rollback();
 
     // The datanames in the order in which a reader best takes them: what others refer to first.
     static QStringList datanames();
     // The dataname that holds objects of this type; empty for a type the server doesn't keep.
     static QString datanameForType(const QString& type);
 
-    // The table of a dataname; null for an unknown one. The pointer stays valid.
+    // The table of a dataname; null for an unknown one. The pointer stays valid until open().
     const vorandel::OBJECT_HASH* objects(const QString& dataname) const;
     // An object by uid, whatever its dataname; null when there is none.
     const vorandel::ObjectInfo* object(vorandel::TYPE_ID uid) const;
@@ -54,9 +89,10 @@ public:
 
     vorandel::TYPE_ID newUid() { return ++m_lastUid; }
     // Inserts or replaces an object by uid, in the table of its type, which must be one that
-    // the server keeps.
+    // the server keeps. The store keeps each link once, with the object that holds it: a link's
+    // owner is that object, and links that point at it are not kept with it.
     void put(const vorandel::ObjectInfo& object);
-    // Removes an object with its blobs and templates.
+    // Removes an object with its blobs, templates and account.
     void remove(vorandel::TYPE_ID uid);
     ObjectChanges takeChanges();
 
@@ -76,20 +112,45 @@ public:
     VDHash<int, vorandel::SCHEDULE_DATA> schedules() const { return m_schedules; }
     void setSchedules(const VDHash<int, vorandel::SCHEDULE_DATA>& schedules);
 
-    // Forgets everything, the noted changes included; the tables stay, empty.
+    // The rights of the users who may log in, by user.
+    QMap<vorandel::TYPE_ID, QStringList> accounts() const { return m_accounts; }
+    void setAccount(vorandel::TYPE_ID user, const QStringList& roles);
+
+    QList<vorandel::SYSLOG_DATA> syslog() const;
+    void addSyslog(const vorandel::SYSLOG_DATA& entry);
+
+    // Forgets everything, the noted changes included; the tables stay, empty. Uids go on from
+    // where they were.
     void clear();
 
 private:
     vorandel::OBJECT_HASH* table(const QString& dataname);
+    // Whether a change may go to the database now; opens its transaction on the first one.
+    bool writing();
+    // Notes the first write of the transaction that failed.
+    void written(bool ok);
+    // Keeps a way back to memory as it was, for a rollback.
+    void remember(std::function<void()> undo);
+
+    std::unique_ptr<Database> m_database;
+    std::unique_ptr<StoreRecords> m_records;
+    bool m_isNew = true;
+    QString m_error;
 
     std::map<QString, vorandel::OBJECT_HASH> m_tables;
     vorandel::TYPE_ID m_lastUid = 0;
+    vorandel::TYPE_ID m_savedUid = 0;  // the last uid as the database has it
     ObjectChanges m_changes;
-    QHash<QPair<vorandel::TYPE_ID, QString>, QByteArray> m_blobs;
-    QSet<vorandel::TYPE_ID> m_promisedPortraits;
-    QHash<vorandel::TYPE_ID, QVector<vorandel::TEMPLATE_DATA>> m_templates;
+    QHash<vorandel::TYPE_ID, QByteArray> m_portraits;  // drawn so far, by worker
     QHash<QString, QString> m_settings;
     VDHash<int, vorandel::SCHEDULE_DATA> m_schedules;
+    QMap<vorandel::TYPE_ID, QStringList> m_accounts;
+
+    // The open transaction.
+    bool m_inTransaction = false;
+    QString m_failure;
+    std::vector<std::function<void()>> m_undo;
+    ObjectChanges m_changesAtBegin;
 };
 
 }  // namespace vdserver

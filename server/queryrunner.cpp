@@ -1,9 +1,13 @@
 #include "queryrunner.h"
 
 #include "constants.h"
+#include "database.h"
 #include "objectstore.h"
 
 #include <QRegularExpression>
+#include <QSqlError>
+#include <QSqlQuery>
+#include <QSqlRecord>
 #include <QStringList>
 
 #include <set>
@@ -11,6 +15,8 @@
 namespace vdserver {
 
 namespace {
+constexpr int DefaultTimeoutMs = 30000;
+
 // The statement, with any spacing and case; the one group is the list inside ARRAY[...].
 const QRegularExpression FingersCount(
     QStringLiteral(R"(^\s*SELECT\s+user_object_id\s*,\s*count\s*\(\s*id\s*\)\s*,)"
@@ -26,6 +32,60 @@ QueryRunner::QueryRunner(const ObjectStore& store) : m_store(store)
 }
 
 QueryRunner::Result QueryRunner::run(const DbQuery& query) const
+{
+    if (m_store.database().engine() == StoreLocation::Engine::PostgreSQL)
+        return runOnDatabase(query);
+    return interpret(query);
+}
+
+QueryRunner::Result QueryRunner::runOnDatabase(const DbQuery& query) const
+{
+    const Database& database = m_store.database();
+    if (database.inTransaction())
+        return {QStringLiteral("the store is busy with a change"), {}};
+    QSqlQuery sql(database.connection());
+    const auto failed = [&sql] {
+        Result result{Database::errorText(sql.lastError()), {}};
+        sql.exec(QStringLiteral("ROLLBACK"));
+        return result;
+    };
+    const int timeoutMs = query.timeoutMs > 0 ? query.timeoutMs : DefaultTimeoutMs;
+    if (!sql.exec(QStringLiteral("BEGIN READ ONLY"))
+        || !sql.exec(QStringLiteral("SET LOCAL statement_timeout = %1").arg(timeoutMs)))
+        return failed();
+
+    Result result;
+    for (const QString& statement : query.queries) {
+        bool ran = false;
+        if (query.values.isEmpty()) {
+            ran = sql.exec(statement);
+        } else if (sql.prepare(statement)) {
+            for (auto it = query.values.cbegin(); it != query.values.cend(); ++it)
+                sql.bindValue(QLatin1Char(':') + it.key(), it->value);
+            ran = sql.exec();
+        }
+        if (!ran)
+            return failed();
+        DbResult rows;
+        rows.affected = sql.isSelect() ? 0 : sql.numRowsAffected();
+        const QSqlRecord record = sql.record();
+        rows.columnCount = record.count();
+        for (int column = 0; column < record.count(); ++column)
+            rows.columnNames.append(record.fieldName(column));
+        while (sql.next()) {
+            for (int column = 0; column < rows.columnCount; ++column) {
+                const QVariant cell = sql.value(column);
+                rows.cells.append(cell.isNull() ? QVariant() : cell);
+            }
+            ++rows.rowCount;
+        }
+        result.results.append(rows);
+    }
+    sql.exec(QStringLiteral("ROLLBACK"));
+    return result;
+}
+
+QueryRunner::Result QueryRunner::interpret(const DbQuery& query) const
 {
     Result result;
     for (const QString& statement : query.queries) {

@@ -1,6 +1,7 @@
 #include "server.h"
 
 #include "constants.h"
+#include "database.h"
 #include "dataservice.h"
 #include "deviceservice.h"
 #include "exchangecommands.h"
@@ -32,13 +33,60 @@ Server::Server(QObject* parent)
 
 Server::~Server() = default;
 
-void Server::seed(const SeedOptions& options)
+bool Server::open(const StoreLocation& location)
 {
-    m_store.clear();
+    if (!m_store.open(location)) {
+        m_error = m_store.errorString();
+        return false;
+    }
     m_sessions.clear();
-    m_accounts = SeedData(m_store, options).populate();
+    m_error.clear();
+    qCInfo(lcServer).noquote() << "opened" << storeName() << "with"
+                               << m_store.objects(vorandel::PASS_REQUEST_DATANAME)->size() << "requests";
+    return true;
+}
+
+QString Server::storeName() const
+{
+    return m_store.database().location().displayName();
+}
+
+bool Server::seed(const SeedOptions& options)
+{
+    m_sessions.clear();
+    m_store.begin();
+    m_store.clear();
+    const QList<Account> accounts = SeedData(m_store, options).populate();
+    for (const Account& account : accounts)
+        m_store.setAccount(account.uid, account.roles);
+    if (!m_store.commit()) {
+        m_error = tr("Cannot keep the demo data set in %1: %2").arg(storeName(), m_store.errorString());
+        qCCritical(lcServer).noquote() << m_error;
+        return false;
+    }
     qCInfo(lcServer) << "seeded" << m_store.objects(vorandel::PASS_REQUEST_DATANAME)->size() << "requests,"
                      << m_store.objects(vorandel::SUBJECT_DATANAME)->size() << "workers";
+    return true;
+}
+
+QList<Account> Server::accounts() const
+{
+    QList<Account> accounts;
+    const QMap<TYPE_ID, QStringList> rights = m_store.accounts();
+    for (auto it = rights.cbegin(); it != rights.cend(); ++it) {
+        const ObjectInfo* user = m_store.object(it.key(), vorandel::USER_DATANAME);
+        if (!user)
+            continue;
+        QStringList name;
+        for (const char* key : {"PT_SURNAME", "PT_NAME", "PT_PATRONYMIC"}) {
+            const QString part = user->parameters.value(QLatin1String(key));
+            if (!part.isEmpty())
+                name << part;
+        }
+        accounts.append({user->uid, user->parameters.value(QStringLiteral("PT_LOGIN")), name.join(QLatin1Char(' ')),
+                         it.value()});
+    }
+    return accounts;
 }
 
 QString Server::defaultLogin() const
@@ -48,9 +96,10 @@ QString Server::defaultLogin() const
 
 std::optional<Session> Server::login(const QString& login)
 {
-    const auto account = std::find_if(m_accounts.cbegin(), m_accounts.cend(),
-                                      [&](const Account& a) { return a.login == login; });
-    if (account == m_accounts.cend())
+    const QList<Account> known = accounts();
+    const auto account =
+        std::find_if(known.cbegin(), known.cend(), [&](const Account& a) { return a.login == login; });
+    if (account == known.cend())
         return std::nullopt;
     const Session session{account->uid, account->login, account->roles, QUuid::createUuid().toRfc4122()};
     m_sessions.insert(session.sessionId, session);
@@ -65,7 +114,12 @@ void Server::send(const Command& query, std::function<void(Command&)> reply)
     QMetaObject::invokeMethod(
         this,
         [this, query, reply = std::move(reply)] {
-            const Reply result = handle(query);
+            m_store.begin();
+            Reply result = handle(query);
+            if (!result.ok())
+                m_store.rollback();
+            else if (!m_store.commit())
+                result = Reply::failure(QStringLiteral("error_db: ") + m_store.errorString());
             const ObjectChanges changes = m_store.takeChanges();
             Command answer = query;
             answer.status = result.status;
@@ -104,10 +158,16 @@ void Server::setResultDelay(int msecs)
     m_commands->setResultDelay(msecs);
 }
 
-void Server::setDbSetting(const QString& key, const QString& value)
+bool Server::setDbSetting(const QString& key, const QString& value)
 {
+    m_store.begin();
     m_store.setSetting(key, value);
+    if (!m_store.commit()) {
+        m_error = m_store.errorString();
+        return false;
+    }
     emit settingsChanged(m_store.settings());
+    return true;
 }
 
 void Server::setCardHolder(bool present)
@@ -132,7 +192,7 @@ QList<vorandel::EMAIL_MESSAGE> Server::outbox() const
 
 QList<vorandel::SYSLOG_DATA> Server::syslogEntries() const
 {
-    return m_data->syslogEntries();
+    return m_store.syslog();
 }
 
 COMMAND_LIST Server::localCommandTypes() const

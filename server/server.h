@@ -6,6 +6,7 @@
 #include "objectinfo.h"
 #include "objectstore.h"
 #include "seeddata.h"
+#include "storelocation.h"
 #include "servicerecords.h"
 #include "vdhash.h"
 
@@ -35,17 +36,30 @@ struct Reply;
 // status 1 on success, otherwise a failure status with a text for the operator as the first
 // value of the payload. What a query changed is announced through objectsChanged and
 // objectsRemoved after its answer, in a later turn again, with the objects as they are then.
+//
+// Each query is one transaction of the store: what it changes is kept whole, before the answer
+// goes out, or not at all when it is refused or cannot be kept ("error_db: " and the reason).
 class Server : public QObject, public ExchangeTransport
 {
     Q_OBJECT
 public:
+    // A server with an empty store in memory.
     explicit Server(QObject* parent = nullptr);
     ~Server() override;
 
-    // Replaces everything with a fresh demo set; sessions end.
-    void seed(const SeedOptions& options = {});
-    // The seeded users who can log in.
-    QList<Account> accounts() const { return m_accounts; }
+    // Keeps the objects at `location` from now on, reading what is there; sessions end. False,
+    // with errorString(), when the store can't be opened; then the server keeps what it had.
+    bool open(const StoreLocation& location);
+    // Whether the store that open() found holds nothing yet.
+    bool isNewStore() const { return m_store.isNew(); }
+    QString storeName() const;
+    QString errorString() const { return m_error; }
+
+    // Replaces everything with a fresh demo set, in one transaction; sessions end. False, with
+    // errorString(), when it can't be kept; then the store stays as it was.
+    bool seed(const SeedOptions& options = {});
+    // The users who can log in.
+    QList<Account> accounts() const;
     // An administrator holding every right.
     QString defaultLogin() const;
     // A new session of a seeded user; nullopt for an unknown login.
@@ -61,8 +75,9 @@ public:
     void setAccessNoticeDelay(int msecs);
     // How long a device or the database takes to push its result; 300 ms unless set.
     void setResultDelay(int msecs);
-    // Changes a database setting and announces the settings.
-    void setDbSetting(const QString& key, const QString& value);
+    // Changes a database setting and announces the settings; false, with errorString(), when
+    // it can't be kept.
+    bool setDbSetting(const QString& key, const QString& value);
     // With a card holder, a card reader waits for presentCard() instead of reading a card of its
     // own; cardWanted says when one waits (see DeviceService).
     void setCardHolder(bool present);
@@ -70,6 +85,8 @@ public:
 
     const vorandel::OBJECT_HASH* objects(const QString& dataname) const;
     QHash<QString, QString> dbSettings() const { return m_store.settings(); }
+    // Templates of a worker.
+    QVector<vorandel::TEMPLATE_DATA> templates(vorandel::TYPE_ID worker) const { return m_store.templates(worker); }
     QList<vorandel::EMAIL_MESSAGE> outbox() const;
     QList<vorandel::SYSLOG_DATA> syslogEntries() const;
     // The command types that the console's plug-ins last said they receive.
@@ -91,7 +108,7 @@ private:
 
     ObjectStore m_store;
     QHash<QByteArray, Session> m_sessions;
-    QList<Account> m_accounts;
+    QString m_error;
     std::function<void(Command&)> m_pushTarget;
     std::unique_ptr<DataService> m_data;
     std::unique_ptr<DeviceService> m_devices;

@@ -80,6 +80,7 @@ int runConsole(QProcess& process, const QStringList& arguments, const QTemporary
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
     environment.insert(QStringLiteral("XDG_CONFIG_HOME"), home.path());
+    environment.insert(QStringLiteral("XDG_DATA_HOME"), home.path());
     process.setProcessEnvironment(environment);
     process.start(QStringLiteral(VDCONSOLE_BINARY), arguments);
     if (process.waitForFinished(90000) && process.exitStatus() == QProcess::NormalExit)
@@ -109,14 +110,18 @@ private slots:
     {
         QTest::addColumn<QStringList>("arguments");
         QTest::addColumn<bool>("refused");
-        QTest::addColumn<QString>("expected");  // user|requests|screenshot|plug-ins, or what the error names
+        QTest::addColumn<QString>("expected");  // user|requests|screenshot|plug-ins|store, or what the error names
 
         const QString besideTheProgram = QDir(QCoreApplication::applicationDirPath()).filePath("plugins");
-        QTest::newRow("defaults") << QStringList() << false << "|-1||" + besideTheProgram;
-        QTest::newRow("no requests") << QStringList{"--requests", "0"} << false << "|0||" + besideTheProgram;
+        QTest::newRow("defaults") << QStringList() << false << "|-1||" + besideTheProgram + "|";
+        QTest::newRow("no requests") << QStringList{"--requests", "0"} << false << "|0||" + besideTheProgram + "|";
         QTest::newRow("all of them") << QStringList{"--plugins", "p", "--screenshot", "s.png", "--requests",
-                                                    "1000000", "--user", "admin"}
-                                     << false << "admin|1000000|s.png|p";
+                                                    "1000000", "--user", "admin", "--database", "/srv/passes.sqlite"}
+                                     << false << "admin|1000000|s.png|p|/srv/passes.sqlite";
+        QTest::newRow("a PostgreSQL store") << QStringList{"--database", "postgresql://desk@db.site:5433/passes"}
+                                            << false << "|-1||" + besideTheProgram + "|postgresql://desk@db.site:5433/passes";
+        QTest::newRow("database, a bad port") << QStringList{"--database", "postgresql://db.site:port/passes"}
+                                              << true << "'port'";
         QTest::newRow("requests, a word") << QStringList{"--requests", "many"} << true << "many";
         QTest::newRow("requests, negative") << QStringList{"--requests", "-5"} << true << "-5";
         QTest::newRow("requests, too many") << QStringList{"--requests", "1000001"} << true << "1000001";
@@ -135,7 +140,7 @@ private slots:
         QCOMPARE(parsed.outcome, refused ? ConsoleOptions::Parsed::Error : ConsoleOptions::Parsed::Run);
         const ConsoleOptions& given = parsed.options;
         const QStringList values{given.user, QString::number(given.requests.value_or(-1)), given.screenshotFile,
-                                 given.pluginDir};
+                                 given.pluginDir, given.database ? given.database->displayName() : QString()};
         if (refused)
             QVERIFY2(parsed.text.contains(expected), qPrintable(parsed.text));
         else
@@ -435,8 +440,10 @@ private slots:
     void saysWhyThereAreNoPlugins()
     {
         const QTemporaryDir empty;
+        const QTemporaryDir data;
         ConsoleOptions options;
         options.pluginDir = empty.path();
+        options.database = vdserver::StoreLocation::file(data.filePath(QStringLiteral("store.sqlite")));
         Console console(options);
         QVERIFY(console.logIn());
         console.start();
@@ -490,6 +497,43 @@ private slots:
             QVERIFY2(err.contains(account.login), qPrintable(account.login));
             QVERIFY2(err.contains(account.displayName), qPrintable(account.displayName));
         }
+    }
+
+    // The store is made and seeded once in the data folder and kept; --requests seeds a fresh
+    // one of its own and never seeds over a store that is there.
+    void keepsItsStoreInTheDataFolder()
+    {
+        const QTemporaryDir home;
+        const QString folder = QDir(home.path()).filePath(QStringLiteral("vorandel/vdconsole"));
+        const QString file = QDir(folder).filePath(QStringLiteral("store.sqlite"));
+        const auto run = [&](const QStringList& arguments, QString* out, QString* err) {
+            QProcess process;
+            const int exitCode = runConsole(process, arguments + QStringList{"--user", "nobody"}, home);
+            *out = QString::fromUtf8(process.readAllStandardOutput());
+            *err = QString::fromUtf8(process.readAllStandardError());
+            return exitCode;
+        };
+        QString out;
+        QString err;
+        QCOMPARE(run({}, &out, &err), 1);
+        QVERIFY2(out.contains(QStringLiteral("A new store with the demo data set is in ") + file), qPrintable(out));
+        QVERIFY(QFile::exists(file));
+        QCOMPARE(run({}, &out, &err), 1);
+        QVERIFY2(!out.contains(QStringLiteral("new store")), qPrintable(out));
+
+        QFile store(file);
+        QVERIFY(store.open(QIODevice::ReadOnly));
+        const QByteArray kept = store.readAll();
+        store.close();
+        QCOMPARE(run({"--requests", "5", "--database", file}, &out, &err), 1);
+        QVERIFY2(err.contains(QStringLiteral("already holds a store")), qPrintable(err));
+        QVERIFY(store.open(QIODevice::ReadOnly));
+        QCOMPARE(store.readAll(), kept);
+
+        QCOMPARE(run({"--requests", "5"}, &out, &err), 1);
+        QVERIFY2(out.contains(QStringLiteral("A fresh demo data set of 5 requests is in ")
+                              + QDir(folder).filePath(QStringLiteral("demo-5.sqlite"))),
+                 qPrintable(out));
     }
 
     // With the plug-ins beside the program: the tab of the product once it is built, or the page

@@ -5,6 +5,7 @@
 #include "requestview.h"
 #include "server.h"
 #include "testenvironment.h"
+#include "teststore.h"
 #include "vdguiglobals.h"
 #include "vdserverinterface.h"
 
@@ -14,14 +15,25 @@
 using namespace vorandel;
 
 // Two approvers confirm a request in turn, each from a console of his own, and the row reaches
-// "confirmed" through the server and the store, never by the tab writing it.
+// "confirmed" through the server and the store, never by the tab writing it; and it stays so when
+// the console starts again.
 class TestConfirmFlow : public QObject
 {
     Q_OBJECT
 
     TestEnvironment environment;
+    TestStore store;
     vdserver::Server server;
     std::unique_ptr<LocalDataManager> manager;
+    TYPE_ID confirmedRequest = 0;
+
+    // The console's start: the local store filled from the server.
+    void connectConsole()
+    {
+        LocalStorage::instance()->clear();
+        manager = std::make_unique<LocalDataManager>(&server);
+        manager->init(VDServerInterface::instance(), QStringLiteral("localdatamanager"));
+    }
 
     // A request waiting for its first of exactly two approvers, both of whom can log in.
     struct Candidate
@@ -73,12 +85,11 @@ class TestConfirmFlow : public QObject
 private slots:
     void initTestCase()
     {
-        LocalStorage::instance()->clear();
+        QVERIFY2(server.open(store.location()), qPrintable(server.errorString()));
         server.seed();
         server.setPushTarget([](Command& command) { VDServerInterface::instance()->deliver(command); });
         VDServerInterface::instance()->setTransport(&server);
-        manager = std::make_unique<LocalDataManager>(&server);
-        manager->init(VDServerInterface::instance(), QStringLiteral("localdatamanager"));
+        connectConsole();
         QVERIFY(LocalStorage::instance()->constObjects(PASS_REQUEST_DATANAME));
     }
 
@@ -115,8 +126,22 @@ private slots:
         QTRY_COMPARE(stored().parameters.value(QStringLiteral("PT_STATE")), QStringLiteral("2"));
         QTRY_COMPARE(shownState(view.get(), candidate.request), confirmed);
         QCOMPARE(view->popups().last().text, QStringLiteral("Заявки подтверждены успешно"));
+        confirmedRequest = candidate.request;
+    }
+
+    void theDecisionsOutliveTheConsole()
+    {
+        QVERIFY(confirmedRequest);
+        const ObjectInfo before = LocalStorage::instance()->constObject(confirmedRequest, PASS_REQUEST_DATANAME);
+        manager.reset();
+        QVERIFY2(server.open(store.location()), qPrintable(server.errorString()));
+        connectConsole();
+        QVERIFY(LocalStorage::instance()->constObject(confirmedRequest, PASS_REQUEST_DATANAME) == before);
+        const std::unique_ptr<RequestView> view = openTab(QStringLiteral("admin"));
+        QCOMPARE(shownState(view.get(), confirmedRequest),
+                 VDGuiGlobals::passRequestStateName(PASS_REQUEST_STATE_CONFIRMED));
     }
 };
 
-QTEST_MAIN(TestConfirmFlow)
+VD_STORE_TEST_MAIN(TestConfirmFlow)
 #include "tst_confirmflow.moc"

@@ -3,6 +3,7 @@
 #include "dbquery.h"
 #include "faketransport.h"
 #include "localstorage.h"
+#include "serverfixture.h"
 #include "server.h"
 #include "servicerecords.h"
 #include "vddatastream.h"
@@ -18,151 +19,18 @@ using namespace vorandel;
 using vdserver::Server;
 
 namespace {
-// A seeded server with a logged-in administrator, and helpers that send queries with real
-// payloads and wait for the answer, as the console's exchange would.
-class ServerFixture
-{
-public:
-    ServerFixture()
-    {
-        server.seed();
-        session = login(server.defaultLogin());
-        server.setAccessNoticeDelay(10);
-        server.setResultDelay(10);
-        server.setPushTarget([this](Command& command) { pushed.append(command); });
-    }
-
-    // Serialises values the way the exchange writes a payload.
-    template <typename... Values>
-    static QByteArray payload(const Values&... values)
-    {
-        QByteArray bytes;
-        VDDataStream out(&bytes, QIODevice::WriteOnly);
-        (out << ... << values);
-        return bytes;
-    }
-
-    // Sends a query and waits for its answer; no status if none came.
-    Command send(const QString& name, const QByteArray& data)
-    {
-        Command query;
-        query.name = name;
-        query.type = 8;
-        query.data = data;
-        Command answer;
-        server.send(query, [&](Command& reply) { answer = reply; });
-        // Not QTest::qWaitFor: it sleeps between turns, and a test may send hundreds of queries.
-        QElapsedTimer waiting;
-        waiting.start();
-        while (answer.status == Command::StatusNone && !waiting.hasExpired(5000))
-            QCoreApplication::processEvents();
-        QCoreApplication::processEvents();
-        return answer;
-    }
-    // A data operation in the name of a session (the administrator's by default).
-    template <typename... Values>
-    Command data(const QString& operation, const Values&... values)
-    {
-        return dataAs(session, operation, values...);
-    }
-    template <typename... Values>
-    Command dataAs(const vdserver::Session& as, const QString& operation, const Values&... values)
-    {
-        return send(QStringLiteral("data.") + operation, payload(as.sessionId, values...));
-    }
-    vdserver::Session login(const QString& login) { return server.login(login).value_or(vdserver::Session()); }
-
-    ObjectInfo object(const QString& dataname, TYPE_ID uid) const { return server.objects(dataname)->value(uid); }
-    QList<ObjectInfo> objects(const QString& dataname) const { return server.objects(dataname)->values(); }
-    QHash<QString, OBJECT_HASH> snapshot() const
-    {
-        QHash<QString, OBJECT_HASH> tables;
-        for (const QString& dataname : vdserver::ObjectStore::datanames())
-            tables.insert(dataname, *server.objects(dataname));
-        return tables;
-    }
-    // The first object of a dataname whose parameter has that value.
-    ObjectInfo find(const QString& dataname, const QString& key, const QString& value) const
-    {
-        const QList<ObjectInfo> all = objects(dataname);
-        const auto found = std::find_if(all.cbegin(), all.cend(), [&](const ObjectInfo& object) {
-            return object.parameters.value(key) == value;
-        });
-        return found != all.cend() ? *found : ObjectInfo();
-    }
-    TYPE_ID userUid(const QString& login) const { return find(USER_DATANAME, "PT_LOGIN", login).uid; }
-    ObjectInfo confirmList(const QString& name) const { return find(CONFIRM_LIST_DATANAME, "PT_NAME", name); }
-
-    // The first value of an answer's payload: the failure text, or the uid of what changed.
-    template <typename Value>
-    static Value first(const Command& answer)
-    {
-        Value value{};
-        VDDataStream in(answer.data);
-        in >> value;
-        return value;
-    }
-
-    Server server;
-    vdserver::Session session;
-    QList<Command> pushed;
-};
-
 const QString Malformed = QStringLiteral("Неполные или повреждённые данные запроса");
-const QString Visitor = QStringLiteral("Разовый пропуск посетителя");  // petrov, then sidorova
-const QString Contractor = QStringLiteral("Пропуск подрядной организации");  // sidorova, kozlov, petrov
 const QString Photo = QStringLiteral("PT_PHOTO");
 const QString FingersStatement = QStringLiteral(
     "SELECT user_object_id, count( id ), (SELECT child_id FROM object_inherit WHERE ref_type = 3 AND "
     "parent_id = user_object_id)  FROM fingers WHERE user_object_id = ANY( ARRAY[%1]::bigint[] ) "
     "GROUP BY user_object_id;");
 
-ObjectInfo record(TYPE_ID uid, const QString& type, const QHash<QString, QString>& parameters = {})
-{
-    ObjectInfo info;
-    info.uid = uid;
-    info.type = type;
-    info.parameters = parameters;
-    return info;
-}
-
-ObjectInfo card(CARD_ID number)
-{
-    return record(0, db::misc::CARD, {{db::card::NUMBER, QString::number(number)}});
-}
-
-// A new worker: no cards, no access.
-TYPE_ID hire(ServerFixture& f)
-{
-    return ServerFixture::first<int>(f.data(QStringLiteral("addObject"), record(0, db::orgstructure::WORKER)));
-}
-
 QList<INHERIT_DATA> links(const ObjectInfo& object, unsigned int type)
 {
     QList<INHERIT_DATA> found = object.inherits.values(type);
     std::stable_sort(found.begin(), found.end(), SortInheritDataByPriority);
     return found;
-}
-
-// Raises a request on the confirm list of that name (none for an empty name).
-TYPE_ID raise(ServerFixture& f, const QString& list = QString())
-{
-    ObjectInfo request = record(0, db::misc::PASS_REQUEST, {{db::pass_request::STATE, QStringLiteral("0")}});
-    if (!list.isEmpty())
-        request.parameters.insert(db::pass_request::CONFIRM_LIST, QString::number(f.confirmList(list).uid));
-    const Command answer = f.data(QStringLiteral("addObject"), request);
-    return answer.status == Command::StatusOk ? ServerFixture::first<int>(answer) : 0;
-}
-
-// A decision of `actor` in the name of `user`, with the priority that `user` has on the chain.
-Command decide(ServerFixture& f, TYPE_ID request, const QString& actor, const QString& user, unsigned int type)
-{
-    INHERIT_DATA decision(request, f.userUid(user), type);
-    for (const INHERIT_DATA& member : f.object(PASS_REQUEST_DATANAME, request).inherits.values(23)) {
-        if (member.second == decision.second)
-            decision.priority = member.priority;
-    }
-    return f.dataAs(f.login(actor), QStringLiteral("addObjectInherits"), QList<INHERIT_DATA>{decision});
 }
 
 QList<CARD_ID> cardNumbers(ServerFixture& f, TYPE_ID worker)
@@ -570,15 +438,20 @@ private slots:
                  (QHash<QString, QByteArray>{{Photo, QByteArray()}}));
     }
 
-    void seedIsRepeatableAndScales()
+    void seedIsRepeatable()
     {
         ServerFixture first;
         ServerFixture second;
         QVERIFY(first.snapshot() == second.snapshot());
         second.server.seed({48, 8});
         QVERIFY(*first.server.objects(PASS_REQUEST_DATANAME) != *second.server.objects(PASS_REQUEST_DATANAME));
+    }
 
-        Server& big = second.server;
+    void seedScales()
+    {
+        if (TestStore::onPostgres())
+            QSKIP("The sizes of the set are the seed's, whatever keeps it: the store in memory tells them.");
+        Server big;
         big.seed({100000, 1});
         QCOMPARE(big.objects(PASS_REQUEST_DATANAME)->size(), 100000);
         QCOMPARE(big.objects(SUBJECT_DATANAME)->size(), 50000);
@@ -592,5 +465,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TestServer)
+VD_STORE_TEST_MAIN(TestServer)
 #include "tst_server.moc"
