@@ -33,9 +33,13 @@ inline bool removesWorker(int family) { return family % 2 == 1; }
 inline int firstOfFamilyAfter(int seq) { return (family(seq) + 1) * Kinds; }
 
 inline QString tag(int family) { return QStringLiteral("F%1").arg(family); }
-// The access groups that every family grants: the first of all, by uid.
-inline QList<vorandel::TYPE_ID> grantedGroups(QList<vorandel::TYPE_ID> groups)
+// The access groups that every family grants: the first by uid of those that the hired worker
+// doesn't get from his department, so that the two can be told apart.
+inline QList<vorandel::TYPE_ID> grantedGroups(QList<vorandel::TYPE_ID> groups, const vorandel::ObjectInfo& department)
 {
+    const QList<vorandel::INHERIT_DATA> links = department.inherits.values(7);
+    for (const vorandel::INHERIT_DATA& link : links)
+        groups.removeAll(link.second);
     std::sort(groups.begin(), groups.end());
     return groups.mid(0, GroupsGranted);
 }

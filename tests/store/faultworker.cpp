@@ -95,8 +95,11 @@ int main(int argc, char* argv[])
     const std::optional<vdserver::Session> sidorova = server.login(QStringLiteral("sidorova"));
     const ObjectInfo* list = findBy(server, CONFIRM_LIST_DATANAME, QStringLiteral("PT_NAME"),
                                     QStringLiteral("Разовый пропуск посетителя"));
-    const QList<TYPE_ID> groups = faultplan::grantedGroups(server.objects(POLICY_DATANAME)->keys());
-    if (!admin || !petrov || !sidorova || !list || groups.size() < faultplan::GroupsGranted) {
+    const TYPE_ID department = server.dbSettings().value(db::database::DEFAULT_DEPARTMENT).toUInt();
+    const QList<TYPE_ID> groups = faultplan::grantedGroups(server.objects(POLICY_DATANAME)->keys(),
+                                                           server.objects(ORGSTRUCTURE_DATANAME)->value(department));
+    if (!admin || !petrov || !sidorova || !list || groups.size() < faultplan::GroupsGranted || department == 0
+        || !server.objects(ORGSTRUCTURE_DATANAME)->value(department).inherits.contains(7)) {
         say(QStringLiteral("error the store lacks the demo set"));
         return 2;
     }
@@ -116,13 +119,16 @@ int main(int argc, char* argv[])
         Command answer;
         TYPE_ID made = 0;
         switch (faultplan::kind(seq)) {
-        case faultplan::Hire:
-            answer = client.data(*admin, QStringLiteral("addObject"),
-                                 record(0, db::orgstructure::WORKER,
-                                        {{QStringLiteral("PT_SURNAME"), QStringLiteral("Сбоев")},
-                                         {QStringLiteral("PT_WORKERNUM"), faultplan::tag(family)}}));
+        case faultplan::Hire: {
+            // Into the visitors' department, whose access groups come with him in the same step.
+            ObjectInfo hired = record(0, db::orgstructure::WORKER,
+                                      {{QStringLiteral("PT_SURNAME"), QStringLiteral("Сбоев")},
+                                       {QStringLiteral("PT_WORKERNUM"), faultplan::tag(family)}});
+            hired.parent = department;
+            answer = client.data(*admin, QStringLiteral("addObject"), hired);
             made = worker = TYPE_ID(firstValue(answer));
             break;
+        }
         case faultplan::Grant: {
             QList<ACCESS_CHANGES> changes;
             for (TYPE_ID group : groups)

@@ -112,7 +112,8 @@ void check(const vdserver::Server& server, int number, const Family& family, Fin
     if (removed && worker)
         lost(QStringLiteral("the worker was removed and is back"));
     if (worker) {
-        const QList<TYPE_ID> granted = grantedGroups(server.objects(POLICY_DATANAME)->keys());
+        const ObjectInfo department = server.objects(ORGSTRUCTURE_DATANAME)->value(worker->parent);
+        const QList<TYPE_ID> granted = grantedGroups(server.objects(POLICY_DATANAME)->keys(), department);
         QSet<TYPE_ID> others;
         int groups = 0;
         for (const INHERIT_DATA& link : worker->inherits.values(7)) {
@@ -125,6 +126,15 @@ void check(const vdserver::Server& server, int number, const Family& family, Fin
             half(QStringLiteral("%1 of the access groups granted").arg(groups));
         if (acked(Grant) && groups == 0)
             lost(QStringLiteral("the access groups are gone"));
+        // What he was made with is his department's access, whole: it comes in the same step.
+        QSet<TYPE_ID> fromDepartment;
+        const QList<INHERIT_DATA> departmentLinks = department.inherits.values(7);
+        for (const INHERIT_DATA& link : departmentLinks) {
+            if (!granted.contains(link.second))
+                fromDepartment.insert(link.second);
+        }
+        if (others != fromDepartment)
+            half(QStringLiteral("made without his department's access groups"));
         if (!findings.madeWith)
             findings.madeWith = others;
         else if (others != *findings.madeWith)
