@@ -2,7 +2,10 @@
 
 #include "vdwizardpage.h"
 
+#include <QApplication>
+#include <QKeyEvent>
 #include <QListWidget>
+#include <QMessageBox>
 
 PageListWizard::PageListWizard(QWidget* parent) : QWizard(parent), m_pageList(new QListWidget(this))
 {
@@ -29,6 +32,8 @@ PageListWizard::PageListWizard(QWidget* parent) : QWizard(parent), m_pageList(ne
     m_pageList->setAutoFillBackground(false);
     setSideWidget(m_pageList);
     connect(this, &QWizard::currentIdChanged, this, &PageListWizard::showButtons);
+    // Typing goes to the field in focus, not to the wizard: the application tells.
+    qApp->installEventFilter(this);
 }
 
 PageListWizard::~PageListWizard() = default;
@@ -64,6 +69,37 @@ void PageListWizard::fillPageList(int currentId)
     for (int row = 0; row < m_pageList->count(); ++row)
         widest = qMax(widest, QFontMetrics(bold).horizontalAdvance(m_pageList->item(row)->text()));
     m_pageList->setFixedWidth(qBound(160, widest + m_pageList->iconSize().width() + 24, 260));
+}
+
+void PageListWizard::reject()
+{
+    const bool lastPage = currentPage() && currentPage()->nextId() == -1;
+    if (m_touched && !lastPage && isVisible()) {
+        const QMessageBox::StandardButton answer = QMessageBox::question(
+            this, windowTitle(), tr("Введённые данные не будут сохранены. Закрыть мастер?"),
+            QMessageBox::Yes | QMessageBox::No, QMessageBox::No);
+        if (answer != QMessageBox::Yes)
+            return;
+    }
+    QWizard::reject();
+}
+
+bool PageListWizard::eventFilter(QObject* watched, QEvent* event)
+{
+    if (!m_touched && (event->type() == QEvent::KeyPress || event->type() == QEvent::MouseButtonPress)) {
+        auto* widget = qobject_cast<QWidget*>(watched);
+        const QList<int> ids = pageIds();
+        for (const int id : ids) {
+            if (widget && page(id)->isAncestorOf(widget)) {
+                // Escape is the question itself, not an edit.
+                const bool escape = event->type() == QEvent::KeyPress
+                    && static_cast<QKeyEvent*>(event)->key() == Qt::Key_Escape;
+                m_touched = !escape;
+                break;
+            }
+        }
+    }
+    return QWizard::eventFilter(watched, event);
 }
 
 int PageListWizard::markedPage() const

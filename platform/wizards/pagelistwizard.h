@@ -10,6 +10,9 @@ class QListWidget;
 // operator sees where he stands and what follows. Whenever the current page changes it calls
 // showButtons(id), which a subclass overrides to lay out its buttons for that page and then
 // calls here.
+//
+// Escape or the window's close button before the last page would throw away what the operator
+// has typed: once he has typed or clicked in a page, the wizard asks first.
 class VDPLATFORM_EXPORT PageListWizard : public QWizard
 {
     Q_OBJECT
@@ -21,6 +24,13 @@ public:
     QListWidget* pageList() const { return m_pageList; }
     // The id of the page marked as the current one in the list; -1 before the first is shown.
     int markedPage() const;
+    // Whether the operator has typed or clicked in one of the pages.
+    bool isTouched() const { return m_touched; }
+
+    void reject() override;
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 protected slots:
     // Brings the page list up to date with page `id` as the current one.
@@ -30,4 +40,5 @@ private:
     void fillPageList(int currentId);
 
     QListWidget* m_pageList = nullptr;
+    bool m_touched = false;
 };

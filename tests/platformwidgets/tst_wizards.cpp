@@ -12,6 +12,11 @@
 #include <QListWidget>
 #include <QPointer>
 #include <QProgressBar>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QTimer>
+#include <QApplication>
+#include <QPushButton>
 #include <QStandardItemModel>
 #include <QtTest>
 
@@ -117,6 +122,47 @@ private slots:
         wizard.back();
         QCOMPARE(wizard.markedPage(), 1);
         QCOMPARE(wizard.shown, (QList<int>{0, 1, 2, 1}));
+    }
+
+    // Escape before the last page asks before it throws away what was typed; untouched, or on
+    // the last page, the wizard just closes.
+    void closingAsksOnlyWhenSomethingWouldBeLost()
+    {
+        const auto answerNextQuestion = [](QMessageBox::StandardButton answer, bool* asked) {
+            QTimer::singleShot(0, [answer, asked] {
+                auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+                *asked = box != nullptr;
+                if (box)
+                    box->button(answer)->click();
+            });
+        };
+        Wizard wizard;
+        auto* first = new VDWizardPage(&wizard);
+        auto* field = new QLineEdit(first);
+        wizard.setPage(0, first);
+        wizard.setPage(1, new VDWizardPage(&wizard));
+
+        wizard.show();
+        QVERIFY(QTest::qWaitForWindowActive(&wizard));
+        QTest::keyClick(&wizard, Qt::Key_Escape);
+        QVERIFY(!wizard.isVisible());  // nothing typed: no question
+
+        wizard.restart();
+        wizard.show();
+        QVERIFY(QTest::qWaitForWindowActive(&wizard));
+        QTest::keyClicks(field, QStringLiteral("Petrov"));
+        bool asked = false;
+        answerNextQuestion(QMessageBox::No, &asked);
+        QTest::keyClick(field, Qt::Key_Escape);
+        QVERIFY(asked);
+        QVERIFY(wizard.isVisible());
+        QCOMPARE(field->text(), QStringLiteral("Petrov"));
+
+        wizard.next();  // the last page: its work is done or under way, nothing to lose
+        asked = false;
+        wizard.reject();
+        QVERIFY(!asked);
+        QVERIFY(!wizard.isVisible());
     }
 
     // Listed through the given delegate, removed by one task per object, outcomes shown as they

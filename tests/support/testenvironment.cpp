@@ -3,11 +3,17 @@
 #include "authdata.h"
 #include "settings.h"
 
+#include <QDir>
 #include <QStandardPaths>
 
 TestEnvironment::TestEnvironment()
 {
     QStandardPaths::setTestModeEnabled(true);
+    // The data folder of test mode outlives the run: what a console stored in the last run
+    // (its database) must not meet this one. Cleared once per test program, so that a test can
+    // still see what another part of it stored.
+    static const bool cleared = QDir(QStandardPaths::writableLocation(QStandardPaths::AppDataLocation)).removeRecursively();
+    Q_UNUSED(cleared)
     Settings::setFileName(m_dir.filePath(QStringLiteral("settings.ini")));
 }
 
