@@ -288,8 +288,10 @@ void VDTableView::adoptRowHeight()
 
 void VDTableView::changeEvent(QEvent* event)
 {
-    if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange)
+    if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange) {
         m_rowHeight = -1;
+        fitColumnsLater();
+    }
     QTableView::changeEvent(event);
 }
 

@@ -119,12 +119,20 @@ private slots:
         showName->trigger();
         QTRY_VERIFY(view.columnWidth(1) > view.fontMetrics().horizontalAdvance(longer));
 
+        // A larger font needs wider columns.
+        const int normal = view.columnWidth(1);
+        QFont larger = view.font();
+        larger.setPointSize(larger.pointSize() * 2);
+        view.setFont(larger);
+        QTRY_VERIFY(view.columnWidth(1) > normal);
+
         // Once he sizes a column himself, nothing is fitted any more.
-        view.setColumnWidth(1, 40);
+        const int byHand = view.horizontalHeader()->minimumSectionSize() + 3;
+        view.setColumnWidth(1, byHand);
         showName->trigger();
         showName->trigger();
         QTest::qWait(50);
-        QCOMPARE(view.columnWidth(1), 40);
+        QCOMPARE(view.columnWidth(1), byHand);
     }
 
     void aSavedLayoutIsNotFitted()
