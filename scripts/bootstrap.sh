@@ -5,6 +5,7 @@ set -euo pipefail
 
 packages=(
   cmake ninja-build g++ pkg-config
+  clang libclang-rt-14-dev llvm  # the sanitizer build: libFuzzer, the sanitizers, readable stacks
   qtbase5-dev qtbase5-dev-tools libqt5svg5-dev
   libqt5sql5-sqlite libqt5sql5-psql
   postgresql

@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
-# Builds everything and runs the whole test suite headless. The server's suites run on SQLite and
-# on a private PostgreSQL cluster that this script starts for the run and stops at its end, however
-# the run ends; ctest finds it through VD_TEST_POSTGRESQL.
+# Builds everything and runs the whole test suite headless; then the same suite, with the fuzz
+# targets, under the sanitizers in a build of its own. The server's suites run on SQLite and on a
+# private PostgreSQL cluster that this script starts for the run and stops at its end, however the
+# run ends; ctest finds it through VD_TEST_POSTGRESQL. Extra arguments go to both ctests.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 "$root/scripts/build.sh"
@@ -18,5 +19,5 @@ else
 fi
 export VD_TEST_POSTGRESQL
 
-cd "$root/build"
-ctest --output-on-failure --timeout 300 "$@"
+(cd "$root/build" && ctest --output-on-failure --timeout 300 "$@")
+"$root/scripts/test-sanitize.sh" "$@"

@@ -52,10 +52,11 @@ void RequestView::getFingersHandler(Command& command)
     if (results.isEmpty())
         return;
     const DbResult& rows = results.first();
-    // The count of rows is the answer's claim; the rows are as many as its cells make, the last
-    // perhaps short.
-    const int carried = rows.columnCount > 0 ? (rows.cells.size() + rows.columnCount - 1) / rows.columnCount : 0;
-    const int rowCount = qMin(rows.rowCount, carried);
+    // The counts of rows and columns are the answer's claims; the rows are as many as its cells
+    // make, the last perhaps short, whatever the claims.
+    const qint64 carried =
+        rows.columnCount > 0 ? (qint64(rows.cells.size()) + rows.columnCount - 1) / rows.columnCount : 0;
+    const int rowCount = int(qMin<qint64>(rows.rowCount, carried));
     QHash<TYPE_ID, requestview::UserFingers> fingers;
     for (int row = 0; row < rowCount; ++row) {
         requestview::UserFingers entry;

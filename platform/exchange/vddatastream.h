@@ -3,6 +3,7 @@
 #include "vdplatform_export.h"
 
 #include <QDataStream>
+#include <QDateTime>
 #include <QHash>
 #include <QList>
 #include <QMap>
@@ -15,11 +16,12 @@
 // version and byte order once for everybody.
 //
 // A payload comes from the other side and is read as untrusted: whatever is read from a
-// VDDataStream, and every record's reader, goes through vdstream::read, which refuses a count
-// larger than the bytes left (a list of two billion entries in a payload of ten bytes is
-// malformed, not a reason to allocate sixteen gigabytes) and a QVariant of any type that the
-// service boundary doesn't use. A refused payload leaves the stream in ReadCorruptData and the
-// value at its default, as a short payload does.
+// VDDataStream, and every record's reader, goes through vdstream::read, which refuses a count or
+// a length larger than the bytes left (a list of two billion entries in a payload of ten bytes
+// is malformed, not a reason to allocate sixteen gigabytes), a QVariant of any type that the
+// service boundary doesn't use, and a time in a zone that this machine doesn't know. A refused
+// payload leaves the stream in ReadCorruptData and the value at its default, as a short payload
+// does.
 class VDPLATFORM_EXPORT VDDataStream : public QDataStream
 {
 public:
@@ -42,6 +44,9 @@ VDPLATFORM_EXPORT bool isWireType(int type);
 // containers of containers.
 template <typename T>
 void read(QDataStream& in, T& value);
+VDPLATFORM_EXPORT void read(QDataStream& in, QString& value);
+VDPLATFORM_EXPORT void read(QDataStream& in, QByteArray& value);
+VDPLATFORM_EXPORT void read(QDataStream& in, QDateTime& value);
 VDPLATFORM_EXPORT void read(QDataStream& in, QVariant& value);
 VDPLATFORM_EXPORT void read(QDataStream& in, QStringList& list);
 template <typename T>

@@ -4,7 +4,6 @@
 
 #include <QCoreApplication>
 
-#include <algorithm>
 #include <utility>
 
 namespace {
@@ -105,12 +104,16 @@ void PluginWidget::showPopup(PopupKind kind, MessageWidget::Icon icon, const QSt
     emit popupShown(text, kind);
 
     auto* note = new MessageWidget(text, icon, this);
-    // A widget says it is destroyed before its guards clear, so the note is named here.
-    connect(note, &QObject::destroyed, this, [this](QObject* gone) {
-        m_visible.erase(std::remove_if(m_visible.begin(), m_visible.end(),
-                                       [gone](const QPointer<MessageWidget>& note) { return !note || note == gone; }),
-                        m_visible.end());
-        placePopups();
+    // A widget says it is destroyed before its guard clears, while it is no note any more: the
+    // others move up once it has gone.
+    connect(note, &QObject::destroyed, this, [this] {
+        QMetaObject::invokeMethod(
+            this,
+            [this] {
+                m_visible.removeAll(nullptr);
+                placePopups();
+            },
+            Qt::QueuedConnection);
     });
     m_visible.append(note);
     note->popup();

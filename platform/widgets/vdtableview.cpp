@@ -15,6 +15,11 @@
 namespace {
 // Dragging a column edge sends a resize per pixel; the owner hears of it once the hand rests.
 constexpr int StateDelayMsecs = 250;
+// Columns are fitted to the rows the operator sees first; a few long texts further down may be
+// cut, but measuring a hundred thousand rows would hold up the first start.
+constexpr int FittedRows = 100;
+// No column takes more than this of the table when fitted.
+constexpr int WidestFittedColumn = 360;
 
 // The number of columns a saved header state was made for, -1 for bytes that aren't one.
 // QHeaderView::restoreState() fits any state to the model, padding or cutting it, so the number
@@ -87,7 +92,7 @@ void VDTableView::setHeaderMenuColumns(const QList<int>& columns)
         QAction* action = m_headerMenu->addAction(QString());
         action->setCheckable(true);
         action->setData(column);
-        connect(action, &QAction::triggered, this, [this, column](bool checked) { setColumnHidden(column, !checked); });
+        connect(action, &QAction::triggered, this, [this, column](bool checked) { showColumnByHand(column, checked); });
     }
     updateHeaderMenu();
 }
@@ -137,6 +142,7 @@ void VDTableView::restoreHeaderState(const QByteArray& state)
         horizontalHeader()->restoreState(state);
     }
     m_restored = true;
+    m_fitting = false;
     m_stateDelay->stop();
     m_publishedState = headerState();
     updateHeaderMenu();
@@ -206,7 +212,14 @@ void VDTableView::setModel(QAbstractItemModel* model)
         disconnect(connection);
     m_modelConnections.clear();
     if (model) {
+        // Columns fitted while the table was still empty are fitted again to its first rows.
+        const auto fitFirstRows = [this] {
+            if (!m_fittedRows && shownRowCount() > 0)
+                fitColumnsLater();
+        };
         m_modelConnections = {
+            connect(model, &QAbstractItemModel::rowsInserted, this, fitFirstRows),
+            connect(model, &QAbstractItemModel::modelReset, this, fitFirstRows),
             connect(model, &QAbstractItemModel::rowsInserted, this, &VDTableView::noteRowCounts),
             connect(model, &QAbstractItemModel::rowsRemoved, this, &VDTableView::noteRowCounts),
             connect(model, &QAbstractItemModel::layoutChanged, this, &VDTableView::noteRowCounts),
@@ -217,8 +230,11 @@ void VDTableView::setModel(QAbstractItemModel* model)
     m_rowHeight = -1;
     adoptRowHeight();
     m_restored = false;
+    m_fitting = true;
+    m_fittedRows = false;
     applyHiddenByDefault();
     updateHeaderMenu();
+    fitColumnsLater();
 }
 
 void VDTableView::keyboardSearch(const QString& search)
@@ -272,9 +288,19 @@ void VDTableView::adoptRowHeight()
 
 void VDTableView::changeEvent(QEvent* event)
 {
-    if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange)
+    if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange) {
         m_rowHeight = -1;
+        fitColumnsLater();
+    }
     QTableView::changeEvent(event);
+}
+
+void VDTableView::showEvent(QShowEvent* event)
+{
+    // Before the first paint, so that nobody sees the columns change.
+    if (m_fitDue)
+        fitColumns();
+    QTableView::showEvent(event);
 }
 
 void VDTableView::hideEvent(QHideEvent* event)
@@ -300,8 +326,47 @@ void VDTableView::fallBackToDefaults()
     // a change of the operator's to keep.
     m_stateDelay->stop();
     m_restored = false;
+    m_fitting = true;
+    m_fittedRows = false;
     applyHiddenByDefault();
     updateHeaderMenu();
+    fitColumnsLater();
+}
+
+void VDTableView::fitColumnsLater()
+{
+    if (!m_fitting || m_fitDue)
+        return;
+    m_fitDue = true;
+    // Measured once the owner has finished setting the table up, and only once it shows.
+    if (isVisible())
+        QMetaObject::invokeMethod(this, &VDTableView::fitColumns, Qt::QueuedConnection);
+}
+
+void VDTableView::fitColumns()
+{
+    if (!m_fitDue || !isVisible())
+        return;
+    m_fitDue = false;
+    if (!m_fitting || !model())
+        return;
+    ensurePolished();
+    QHeaderView* header = horizontalHeader();
+    const QStyleOptionViewItem option = viewOptions();
+    const int rows = qMin(shownRowCount(), FittedRows);
+    m_fittedRows = rows > 0;
+    const int grid = showGrid() ? 1 : 0;
+    QScopedValueRollback<bool> quiet(m_quiet, true);
+    for (int column = 0; column < header->count(); ++column) {
+        if (header->isSectionHidden(column))
+            continue;
+        int width = header->sectionSizeHint(column);
+        for (int row = 0; row < rows; ++row) {
+            const QModelIndex index = model()->index(row, column, rootIndex());
+            width = qMax(width, itemDelegate(index)->sizeHint(option, index).width() + grid);
+        }
+        header->resizeSection(column, qBound(header->minimumSectionSize(), width, WidestFittedColumn));
+    }
 }
 
 void VDTableView::updateHeaderMenu()
@@ -338,6 +403,15 @@ void VDTableView::noteHeaderChange()
         m_stateDelay->start();
 }
 
+void VDTableView::showColumnByHand(int column, bool shown)
+{
+    // Qt's header tells nobody that a section was shown or hidden.
+    setColumnHidden(column, !shown);
+    if (shown)
+        fitColumnsLater();
+    noteHeaderChange();
+}
+
 void VDTableView::noteSectionResized(int section)
 {
     // The last section follows the table's width by itself: that is no change of the operator's.
@@ -347,6 +421,7 @@ void VDTableView::noteSectionResized(int section)
         --last;
     if (m_quiet || (header->stretchLastSection() && header->visualIndex(section) == last))
         return;
+    m_fitting = false;
     noteHeaderChange();
 }
 

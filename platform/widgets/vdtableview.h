@@ -12,7 +12,9 @@ class QMenu;
 class QTimer;
 
 // The console's table: a header menu that shows and hides columns, columns that start hidden
-// until the operator shows them, and a header state that the owner keeps between runs.
+// until the operator shows them, and a header state that the owner keeps between runs. Until
+// there is such a state, or the operator sizes a column, each shown column is as wide as its
+// title and its first rows need.
 //
 // Rows are one line high. The table measures that height once instead of once per row, and its
 // row header measures each label length once, so that a hundred thousand rows sized to their
@@ -61,6 +63,7 @@ signals:
 protected:
     void changeEvent(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
+    void showEvent(QShowEvent* event) override;
     void hideEvent(QHideEvent* event) override;
 
 private:
@@ -69,7 +72,10 @@ private:
     void updateHeaderMenu();
     void showHeaderMenu(const QPoint& pos);
     void noteHeaderChange();
+    void showColumnByHand(int column, bool shown);
     void noteSectionResized(int section);
+    void fitColumnsLater();
+    void fitColumns();
     void publishHeaderState();
     void noteRowCounts();
 
@@ -80,6 +86,9 @@ private:
     QByteArray m_publishedState;
     bool m_quiet = false;     // the header changes by our own hand, not the operator's
     bool m_restored = false;  // the header shows a restored state rather than the defaults
+    bool m_fitting = false;   // the columns follow their contents: nobody has laid them out
+    bool m_fitDue = false;    // and they are to be measured again once shown
+    bool m_fittedRows = false;  // the last measure saw rows, not only the titles
     int measureRowHeight(int row) const;
     void adoptRowHeight();
 

@@ -6,6 +6,7 @@
 #include "vddatastream.h"
 
 #include <QPolygon>
+#include <QTimeZone>
 #include <QtTest>
 
 #include <functional>
@@ -156,6 +157,22 @@ private slots:
                    out << QHash<QString, QVariant>{{QStringLiteral("status"), QVariantList{1, 2}}};
                })
             << "hash";
+        // Qt reads such a time with no zone at all, and crashes when it is written again.
+        const auto unknownZone = [](QDataStream& out) {
+            out << QDate(2026, 11, 23) << QTime(9, 30) << qint8(Qt::TimeZone) << QStringLiteral("Nowhere/Atlantis");
+        };
+        QTest::newRow("link dated in an unknown zone")
+            << bytes([&](QDataStream& out) {
+                   out << 1u << 1u << 2u << 24u << 0u;
+                   unknownZone(out);
+               })
+            << "links";
+        QTest::newRow("time of an unknown zone in a variant")
+            << bytes([&](QDataStream& out) {
+                   out << 1u << QStringLiteral("when") << quint32(QMetaType::QDateTime) << qint8(0);
+                   unknownZone(out);
+               })
+            << "hash";
         QTest::newRow("template map of two billion")
             << bytes([&](QDataStream& out) { out << twoBillion << 5u; }) << "templates";
     }
@@ -201,6 +218,8 @@ private slots:
         const QHash<QString, QVariant> values{{QStringLiteral("status"), QStringLiteral("ok")},
                                               {QStringLiteral("card"), QByteArray("\x01\x02")},
                                               {QStringLiteral("when"), QDateTime(QDate(2026, 1, 2), QTime(3, 4))},
+                                              {QStringLiteral("zoned"), QDateTime(QDate(2026, 1, 2), QTime(3, 4),
+                                                                                  QTimeZone(3 * 3600))},
                                               {QStringLiteral("count"), 7ull},
                                               {QStringLiteral("none"), QVariant()}};
         QCOMPARE(roundTrip(values), values);

@@ -58,6 +58,27 @@ private slots:
                             [&](MessageWidget* note) { return note->text() == text && note->icon() == icon; }));
     }
 
+    // Notes stack from the bottom of the page, the newest on top; one that goes makes room.
+    void notesMoveDownWhenOneCloses()
+    {
+        PluginWidget page;
+        page.resize(500, 400);
+        page.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&page));
+        page.showPopupInformationMessage(QStringLiteral("первая"), 0);
+        page.showPopupInformationMessage(QStringLiteral("вторая"), 0);
+        const QList<MessageWidget*> notes = page.findChildren<MessageWidget*>();
+        QCOMPARE(notes.size(), 2);
+        MessageWidget* first = notes.first()->text() == QStringLiteral("первая") ? notes.first() : notes.last();
+        const QPointer<MessageWidget> second = first == notes.first() ? notes.last() : notes.first();
+        const int bottom = first->geometry().bottom();
+        QVERIFY(second->geometry().bottom() < first->geometry().top());
+
+        first->close();
+        QTRY_COMPARE(page.findChildren<MessageWidget*>().size(), 1);
+        QTRY_COMPARE(second->geometry().bottom(), bottom);
+    }
+
     void noteClosesItselfAndIsDeleted()
     {
         QWidget page;

@@ -1,6 +1,8 @@
 #include "vdtableview.h"
 
+#include <QAction>
 #include <QHeaderView>
+#include <QMenu>
 #include <QSignalSpy>
 #include <QStandardItemModel>
 #include <QtTest>
@@ -74,6 +76,78 @@ private slots:
         QCOMPARE(changed.count(), 0);
     }
 
+    // Until the operator lays the table out, a shown column is as wide as its title and its first
+    // rows need, within reason, and the fitting is no layout of his to keep.
+    void columnsFitTheirContentsUntilTheOperatorSizesOne()
+    {
+        QStandardItemModel model(0, 3);
+        model.setHorizontalHeaderLabels({QStringLiteral("Дата оформления заявки"), QStringLiteral("Ф"), QString()});
+        VDTableView view;
+        view.setModel(&model);
+        view.restoreHeaderState({});
+        view.resize(400, 200);
+        QSignalSpy changed(&view, &VDTableView::headerStateChanged);
+        view.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&view));
+        QVERIFY(view.columnWidth(0) >= view.horizontalHeader()->sectionSizeHint(0));
+
+        // The first rows arrive after the table shows.
+        const QString name = QStringLiteral("Константинопольская");
+        const int nameWidth = view.fontMetrics().horizontalAdvance(name);
+        QVERIFY(nameWidth > view.horizontalHeader()->defaultSectionSize());
+        model.appendRow({new QStandardItem(QStringLiteral("a")), new QStandardItem(name)});
+        model.appendRow(new QStandardItem(QString(400, QLatin1Char('w'))));
+        QTRY_VERIFY(view.columnWidth(1) > nameWidth);
+        QVERIFY(view.columnWidth(0) < 2 * view.width());  // one vast text doesn't take it all
+
+        // Rows that come back after a search found nothing don't make the columns jump.
+        const int fitted = view.columnWidth(1);
+        model.removeRows(0, model.rowCount());
+        model.appendRow({new QStandardItem, new QStandardItem(name + name)});
+        QTest::qWait(50);
+        QCOMPARE(view.columnWidth(1), fitted);
+
+        QTest::qWait(400);
+        QCOMPARE(changed.count(), 0);
+
+        // A column that the operator shows from the menu is fitted to what it holds then.
+        view.setHeaderMenuColumns({0, 1});
+        QAction* showName = view.headerMenu()->actions().at(1);
+        showName->trigger();
+        const QString longer = name + QStringLiteral(", дом 12");
+        model.setItem(0, 1, new QStandardItem(longer));
+        showName->trigger();
+        QTRY_VERIFY(view.columnWidth(1) > view.fontMetrics().horizontalAdvance(longer));
+
+        // A larger font needs wider columns.
+        const int normal = view.columnWidth(1);
+        QFont larger = view.font();
+        larger.setPointSize(larger.pointSize() * 2);
+        view.setFont(larger);
+        QTRY_VERIFY(view.columnWidth(1) > normal);
+
+        // Once he sizes a column himself, nothing is fitted any more.
+        const int byHand = view.horizontalHeader()->minimumSectionSize() + 3;
+        view.setColumnWidth(1, byHand);
+        showName->trigger();
+        showName->trigger();
+        QTest::qWait(50);
+        QCOMPARE(view.columnWidth(1), byHand);
+    }
+
+    void aSavedLayoutIsNotFitted()
+    {
+        QStandardItemModel model(3, Columns);
+        model.setItem(0, 2, new QStandardItem(QString(60, QLatin1Char('w'))));
+        VDTableView view;
+        view.setModel(&model);
+        view.restoreHeaderState(operatorState());
+        view.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&view));
+        QTest::qWait(50);
+        QCOMPARE(view.columnWidth(2), 234);
+    }
+
     void stateRoundTripsQuietly()
     {
         QStandardItemModel model(3, Columns);
@@ -114,6 +188,7 @@ private slots:
         QTest::newRow("drag of a column edge") << 0;
         QTest::newRow("move") << 1;
         QTest::newRow("sort") << 2;
+        QTest::newRow("column hidden from the menu") << 3;
     }
 
     void operatorChangesAreAnnouncedOnce()
@@ -130,8 +205,11 @@ private slots:
                 view.setColumnWidth(2, width);
         } else if (change == 1) {
             view.horizontalHeader()->moveSection(0, 3);
-        } else {
+        } else if (change == 2) {
             view.horizontalHeader()->setSortIndicator(2, Qt::DescendingOrder);
+        } else {
+            view.setHeaderMenuColumns({2});
+            view.headerMenu()->actions().first()->trigger();
         }
         QTRY_COMPARE(changed.count(), 1);
         QCOMPARE(changed.first().first().toByteArray(), view.headerState());

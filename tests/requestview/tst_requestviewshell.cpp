@@ -189,6 +189,19 @@ private slots:
         QCOMPARE(fingers.count(), 2);
         using Fingers = QHash<TYPE_ID, requestview::UserFingers>;
         QVERIFY(fingers.last().first().value<Fingers>().isEmpty());
+
+        // Nor do two billion columns over a row of two cells make a row count out of reach.
+        claims.rowCount = 5;
+        claims.columnCount = 0x7fffffff;
+        claims.cells = {QVariant(10u), QVariant(4)};
+        command = pushed(name, [&](VDDataStream& out) {
+            out << QStringLiteral("get_fingers_3") << 1 << QString() << QList<DbResult>{claims};
+        });
+        VDServerInterface::instance()->deliver(command);
+        QCOMPARE(fingers.count(), 3);
+        const Fingers one = fingers.last().first().value<Fingers>();
+        QCOMPARE(one.size(), 1);
+        QCOMPARE(one.value(10).count, 4);
     }
 
     void headerStateRoundTrip()
