@@ -35,7 +35,7 @@ public:
         query.name = QStringLiteral("data.") + operation;
         query.type = 8;
         VDDataStream out(&query.data, QIODevice::WriteOnly);
-        (out << as.sessionId << ... << values);
+        ((out << as.sessionId) << ... << values);
         Command answer;
         m_server.send(query, [&](Command& reply) { answer = reply; });
         while (answer.status == Command::StatusNone)
