@@ -7,6 +7,7 @@ packages=(
   cmake ninja-build g++ pkg-config
   qtbase5-dev qtbase5-dev-tools libqt5svg5-dev
   libqt5sql5-sqlite libqt5sql5-psql
+  libsodium-dev
   postgresql
   fonts-dejavu-core
   qttranslations5-l10n

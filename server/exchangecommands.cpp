@@ -2,6 +2,7 @@
 
 #include "constants.h"
 #include "objectstore.h"
+#include "peer.h"
 #include "serverlogging.h"
 
 #include <QTimer>
@@ -10,8 +11,8 @@
 
 namespace vdserver {
 
-ExchangeCommands::ExchangeCommands(const ObjectStore& store, QObject* parent)
-    : Service(parent), m_store(store), m_queries(store)
+ExchangeCommands::ExchangeCommands(const ObjectStore& store, const QList<Peer*>& peers, QObject* parent)
+    : Service(parent), m_store(store), m_queries(store), m_peers(peers)
 {
 }
 
@@ -24,13 +25,13 @@ bool ExchangeCommands::handles(const QString& name) const
     return operations().contains(name) || servedLocally(name);
 }
 
-Reply ExchangeCommands::handle(const Command& query)
+Reply ExchangeCommands::handle(const Command& query, Peer& from)
 {
     const Operation operation = operations().value(query.name);
     if (!operation)
         return relay(query);
     VDDataStream in(query.data);
-    const Reply reply = (this->*operation)(in);
+    const Reply reply = (this->*operation)(in, from);
     if (!reply.ok() || !query.name.startsWith(FingerprintWindow))
         return reply;
     if (!servedLocally(query.name))
@@ -40,8 +41,7 @@ Reply ExchangeCommands::handle(const Command& query)
 
 bool ExchangeCommands::servedLocally(const QString& name) const
 {
-    return std::any_of(m_localCommandTypes.cbegin(), m_localCommandTypes.cend(),
-                       [&name](const CommandType& type) { return type.name == name; });
+    return std::any_of(m_peers.cbegin(), m_peers.cend(), [&name](const Peer* peer) { return peer->receives(name); });
 }
 
 Reply ExchangeCommands::relay(const Command& query)
@@ -66,7 +66,7 @@ const QHash<QString, ExchangeCommands::Operation>& ExchangeCommands::operations(
     return operations;
 }
 
-Reply ExchangeCommands::sendEmail(QDataStream& in)
+Reply ExchangeCommands::sendEmail(QDataStream& in, Peer&)
 {
     vorandel::EMAIL_MESSAGE message;
     QString user;
@@ -79,7 +79,7 @@ Reply ExchangeCommands::sendEmail(QDataStream& in)
     return Reply::success();
 }
 
-Reply ExchangeCommands::showFingerprintWidget(QDataStream& in)
+Reply ExchangeCommands::showFingerprintWidget(QDataStream& in, Peer&)
 {
     unsigned int worker = 0;
     QString identity;
@@ -93,7 +93,7 @@ Reply ExchangeCommands::showFingerprintWidget(QDataStream& in)
     return Reply::success();
 }
 
-Reply ExchangeCommands::asyncQuery(QDataStream& in)
+Reply ExchangeCommands::asyncQuery(QDataStream& in, Peer&)
 {
     QString identity;
     QString queryId;
@@ -114,12 +114,12 @@ Reply ExchangeCommands::asyncQuery(QDataStream& in)
     return Reply::success();
 }
 
-Reply ExchangeCommands::localPluginsInfo(QDataStream& in)
+Reply ExchangeCommands::localPluginsInfo(QDataStream& in, Peer& from)
 {
     COMMAND_LIST types;
     if (!read(in, types))
         return malformed();
-    m_localCommandTypes = types;
+    from.setReceives(types);
     return Reply::success();
 }
 

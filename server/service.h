@@ -10,6 +10,8 @@
 
 namespace vdserver {
 
+class Peer;
+
 // One group of the exchange's commands that the server answers. A service answers a query at
 // once through handle(); what it sends of its own accord later goes out through commandReady.
 class Service : public QObject
@@ -20,8 +22,8 @@ public:
 
     // Whether a command of this name is answered here.
     virtual bool handles(const QString& name) const = 0;
-    // Answers a query. A refused query leaves every object as it was.
-    virtual Reply handle(const Command& query) = 0;
+    // Answers a query of a peer. A refused query leaves every object as it was.
+    virtual Reply handle(const Command& query, Peer& from) = 0;
 
 signals:
     // A command that the server pushes to the console.
