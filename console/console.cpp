@@ -175,7 +175,10 @@ bool Console::logInRemote()
                         });
         loop.exec();
         if (!result->ok()) {
-            m_error = tr("%1 refused the login '%2': %3").arg(m_client->address(), m_options.user, result->error);
+            // A server that was never reached says so itself, with its address.
+            const bool reached = m_client->state() != vdserver::ServerClient::State::Disconnected;
+            m_error = reached ? tr("%1 refused the login '%2': %3").arg(m_client->address(), m_options.user, result->error)
+                              : result->error;
             return false;
         }
         m_userName = result->displayName;

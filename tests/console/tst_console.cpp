@@ -485,6 +485,26 @@ private slots:
         QVERIFY(!window->isVisible());
     }
 
+    // The window opens where and as large as the operator last left it.
+    void remembersItsSizeAndPlace()
+    {
+        {
+            MainWindow window(QStringLiteral("Оператор"));
+            window.rememberGeometry();
+            window.setGeometry(120, 90, 917, 613);
+            window.show();
+            QVERIFY(QTest::qWaitForWindowExposed(&window));
+            window.close();
+        }
+        MainWindow again(QStringLiteral("Оператор"));
+        again.rememberGeometry();
+        QCOMPARE(again.size(), QSize(917, 613));
+        QCOMPARE(again.geometry().topLeft(), QPoint(120, 90));
+        // A picture is of the window as it is made, whatever was kept.
+        MainWindow fresh(QStringLiteral("Оператор"));
+        QVERIFY(fresh.size() != QSize(917, 613));
+    }
+
     // A login outside the demo set is refused before anything is made: no store, no seeding.
     void exitsOnAnUnknownUser()
     {

@@ -295,10 +295,18 @@ private slots:
         QVERIFY(guesser.logIn(QStringLiteral("admin")).ok());
     }
 
-    // A console whose server goes away says so, comes back by itself when the server returns, in
-    // the same session, and catches up with what changed meanwhile.
+    void aConsoleComesBackAfterARestart_data()
+    {
+        QTest::addColumn<bool>("killed");
+        QTest::newRow("stopped") << false;
+        QTest::newRow("killed") << true;
+    }
+
+    // A console whose server goes away, stopped or killed, says so, comes back by itself when
+    // the server returns, in the same session, and catches up with what changed meanwhile.
     void aConsoleComesBackAfterARestart()
     {
+        QFETCH(bool, killed);
         const std::unique_ptr<ServerProcess> server = startServer();
         Desk desk(server->port());
         QVERIFY(desk.open(QStringLiteral("admin")));
@@ -309,7 +317,10 @@ private slots:
         QSignalSpy lost(&desk.client, &vdserver::ServerClient::connectionLost);
         QSignalSpy back(&desk.client, &vdserver::ServerClient::reconnected);
 
-        QVERIFY(server->stop());
+        if (killed)
+            server->kill();
+        else
+            QVERIFY(server->stop());
         QTRY_COMPARE(lost.count(), 1);
         QCOMPARE(desk.client.state(), vdserver::ServerClient::State::Reconnecting);
         QCOMPARE(desk.ask(vdserver::wire::Ping).status, int(Command::StatusFailed));
