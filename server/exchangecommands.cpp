@@ -29,14 +29,14 @@ Reply ExchangeCommands::handle(const Command& query, Peer& from)
 {
     const Operation operation = operations().value(query.name);
     if (!operation)
-        return relay(query);
+        return relay(query, from);
     VDDataStream in(query.data);
     const Reply reply = (this->*operation)(in, from);
     if (!reply.ok() || !query.name.startsWith(FingerprintWindow))
         return reply;
-    if (!servedLocally(query.name))
+    if (!from.receives(query.name))
         return Reply::failure(tr("Окно биометрии недоступно: модуль консоли «fingerprintwidget» не запущен"));
-    return relay(query);
+    return relay(query, from);
 }
 
 bool ExchangeCommands::servedLocally(const QString& name) const
@@ -44,13 +44,16 @@ bool ExchangeCommands::servedLocally(const QString& name) const
     return std::any_of(m_peers.cbegin(), m_peers.cend(), [&name](const Peer* peer) { return peer->receives(name); });
 }
 
-Reply ExchangeCommands::relay(const Command& query)
+Reply ExchangeCommands::relay(const Command& query, const Peer& from)
 {
-    if (!servedLocally(query.name))
+    // Plug-ins talk to those of their own console: a fingerprint window asked for at one desk
+    // opens there, not at every desk.
+    if (!from.receives(query.name))
         return Reply::failure(tr("Неизвестная команда: %1").arg(query.name));
     Command passed = query;
     passed.status = Command::StatusOk;
-    QMetaObject::invokeMethod(this, [this, passed] { emit commandReady(passed); }, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(
+        this, [this, passed, to = from.serial()] { emit commandReady(passed, to); }, Qt::QueuedConnection);
     return Reply::success();
 }
 

@@ -14,8 +14,8 @@ class ObjectStore;
 // The exchange's own commands: e-mail to be sent, the fingerprint window, the asynchronous
 // database query and the list of command types of the console's plug-ins.
 //
-// A command of a type that a plug-in of a console said it receives is passed on to that console
-// after its answer; so plug-ins talk to each other through the exchange. The fingerprint
+// A command of a type that a plug-in of a console said it receives is passed on to the console
+// that sent it, after its answer, and to no other; so plug-ins talk to each other through the exchange. The fingerprint
 // window is such a plug-in; the server first decides whether biometrics may be edited at all
 // (status 18 when the database setting "PT_PD_DENY_STORE_USER_PHOTOS" is "true").
 // A database query is only taken at once; its result goes to "db.async_result:<identity>" a
@@ -46,7 +46,7 @@ private:
 
     bool servedLocally(const QString& name) const;
     // Passes a query on to the console's plug-in that receives it, once the answer is out.
-    Reply relay(const Command& query);
+    Reply relay(const Command& query, const Peer& from);
 
     const ObjectStore& m_store;
     QueryRunner m_queries;

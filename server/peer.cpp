@@ -1,8 +1,16 @@
 #include "peer.h"
 
+#include <QAtomicInteger>
+
 #include <algorithm>
 
 namespace vdserver {
+
+namespace {
+QAtomicInteger<quint64> lastSerial;
+}  // namespace
+
+Peer::Peer() : m_serial(++lastSerial) {}
 
 bool Peer::receives(const QString& name) const
 {

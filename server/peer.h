@@ -12,7 +12,12 @@ namespace vdserver {
 class Peer
 {
 public:
+    Peer();
     virtual ~Peer() = default;
+
+    // Unique in the process and never reused: a command meant for this peer finds it, and never
+    // one that later took its place in memory.
+    quint64 serial() const { return m_serial; }
 
     // Who it is, for the log: an address, and the login once there is one.
     virtual QString describe() const = 0;
@@ -30,6 +35,7 @@ public:
     bool receives(const QString& name) const;
 
 private:
+    const quint64 m_serial;
     COMMAND_LIST m_receives;
 };
 

@@ -372,17 +372,17 @@ void Server::announce(const ObjectChanges& changes)
         Qt::QueuedConnection);
 }
 
-void Server::push(Command command)
+void Server::push(const Command& command, quint64 to)
 {
     bool taken = false;
     for (Peer* peer : qAsConst(m_peers)) {
-        if (peer != m_embedded.get() && peer->receives(command.name)) {
+        if (peer != m_embedded.get() && (to == 0 || peer->serial() == to) && peer->receives(command.name)) {
             peer->push(command);
             taken = true;
         }
     }
     qCDebug(lcServer) << "push" << command.name << (taken ? "to the network" : "to the embedded console");
-    if (!taken)
+    if (!taken && (to == 0 || to == m_embedded->serial()))
         m_embedded->push(command);
 }
 

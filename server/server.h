@@ -124,7 +124,7 @@ private:
     void run(Peer& from, const Command& query, const std::function<void(Command&)>& reply);
     Reply handle(Peer& from, const Command& query);
     void announce(const ObjectChanges& changes);
-    void push(Command command);
+    void push(const Command& command, quint64 to);
     void endSessions();
 
     ObjectStore m_store;

@@ -26,8 +26,9 @@ public:
     virtual Reply handle(const Command& query, Peer& from) = 0;
 
 signals:
-    // A command that the server pushes to the console.
-    void commandReady(const Command& command);
+    // A command that the server pushes: to the peer of that serial (Peer::serial), or with 0 to
+    // every peer whose plug-ins receive it.
+    void commandReady(const Command& command, quint64 peer = 0);
 
 protected:
     // Reads the values of a query in order; false for a short or broken payload (a count that

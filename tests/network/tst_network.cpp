@@ -193,6 +193,29 @@ private slots:
         QVERIFY(office.object(PASS_REQUEST_DATANAME, request).isValid());
     }
 
+    // Plug-ins talk to those of their own console: a fingerprint window asked for at one desk
+    // opens there, though the other desk runs the same plug-in.
+    void aPluginsCommandStaysAtItsDesk()
+    {
+        Desk first(m_server->port());
+        Desk second(m_server->port());
+        QVERIFY(first.open(QStringLiteral("operator")));
+        QVERIFY(second.open(QStringLiteral("operator")));
+        const QString window = QStringLiteral("show:fingerprintwidget");
+        for (Desk* desk : {&first, &second})
+            QVERIFY(desk->ask(QStringLiteral("exchange.local_plugins_info"), Desk::payload(COMMAND_LIST{{8, window}})).ok());
+        QSignalSpy atFirst(&first.client, &vdserver::ServerClient::pushed);
+        QSignalSpy atSecond(&second.client, &vdserver::ServerClient::pushed);
+
+        const unsigned int worker = first.mirror.objects(SUBJECT_DATANAME)->cbegin()->uid;
+        QVERIFY(first.ask(window, Desk::payload(worker, QStringLiteral("first desk"))).ok());
+        QTRY_COMPARE(atFirst.count(), 1);
+        QCOMPARE(atFirst.at(0).at(0).value<Command>().name, window);
+        // The second desk's own query, answered after the push, proves the push has gone by.
+        QVERIFY(second.ask(vdserver::wire::Ping).ok());
+        QCOMPARE(atSecond.count(), 0);
+    }
+
     void refusedOnTheWire_data()
     {
         QTest::addColumn<QString>("login");  // empty: not logged in
