@@ -10,7 +10,6 @@
 #include <QTextStream>
 #include <QTranslator>
 
-
 namespace {
 void nameTheApplication()
 {

@@ -112,16 +112,27 @@ private slots:
     {
         QTest::addColumn<QStringList>("arguments");
         QTest::addColumn<bool>("refused");
-        QTest::addColumn<QString>("expected");  // user|requests|screenshot|plug-ins|store, or what the error names
+        QTest::addColumn<QString>("expected");  // user|requests|screenshot|plug-ins|store|server, or what the error names
 
         const QString besideTheProgram = QDir(QCoreApplication::applicationDirPath()).filePath("plugins");
-        QTest::newRow("defaults") << QStringList() << false << "|-1||" + besideTheProgram + "|";
-        QTest::newRow("no requests") << QStringList{"--requests", "0"} << false << "|0||" + besideTheProgram + "|";
+        QTest::newRow("defaults") << QStringList() << false << "|-1||" + besideTheProgram + "||";
+        QTest::newRow("no requests") << QStringList{"--requests", "0"} << false << "|0||" + besideTheProgram + "||";
         QTest::newRow("all of them") << QStringList{"--plugins", "p", "--screenshot", "s.png", "--requests",
                                                     "1000000", "--user", "admin", "--database", "/srv/passes.sqlite"}
-                                     << false << "admin|1000000|s.png|p|/srv/passes.sqlite";
+                                     << false << "admin|1000000|s.png|p|/srv/passes.sqlite|";
         QTest::newRow("a PostgreSQL store") << QStringList{"--database", "postgresql://desk@db.site:5433/passes"}
-                                            << false << "|-1||" + besideTheProgram + "|postgresql://desk@db.site:5433/passes";
+                                            << false << "|-1||" + besideTheProgram + "|postgresql://desk@db.site:5433/passes|";
+        QTest::newRow("a server") << QStringList{"--server", "desk-7.site:7430", "--user", "petrov"} << false
+                                  << "petrov|-1||" + besideTheProgram + "||desk-7.site:7430";
+        QTest::newRow("a server by IPv6") << QStringList{"--server", "[::1]:7430"} << false
+                                          << "|-1||" + besideTheProgram + "||::1:7430";
+        QTest::newRow("server, no port") << QStringList{"--server", "desk-7.site"} << true << "HOST:PORT";
+        QTest::newRow("server, port 0") << QStringList{"--server", "desk-7.site:0"} << true << "'0'";
+        QTest::newRow("server, port too big") << QStringList{"--server", "desk-7.site:70000"} << true << "'70000'";
+        QTest::newRow("server and a store") << QStringList{"--server", "h:1", "--database", "x.sqlite"} << true
+                                            << "--database";
+        QTest::newRow("server and a demo set") << QStringList{"--server", "h:1", "--requests", "5"} << true
+                                               << "--requests";
         QTest::newRow("database, a bad port") << QStringList{"--database", "postgresql://db.site:port/passes"}
                                               << true << "'port'";
         QTest::newRow("requests, a word") << QStringList{"--requests", "many"} << true << "many";
@@ -142,7 +153,9 @@ private slots:
         QCOMPARE(parsed.outcome, refused ? ConsoleOptions::Parsed::Error : ConsoleOptions::Parsed::Run);
         const ConsoleOptions& given = parsed.options;
         const QStringList values{given.user, QString::number(given.requests.value_or(-1)), given.screenshotFile,
-                                 given.pluginDir, given.database ? given.database->displayName() : QString()};
+                                 given.pluginDir, given.database ? given.database->displayName() : QString(),
+                                 given.server ? QStringLiteral("%1:%2").arg(given.server->host).arg(given.server->port)
+                                              : QString()};
         if (refused)
             QVERIFY2(parsed.text.contains(expected), qPrintable(parsed.text));
         else

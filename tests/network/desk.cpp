@@ -3,6 +3,7 @@
 #include <QtTest>
 
 #include <algorithm>
+#include <memory>
 #include <optional>
 
 Desk::Desk(quint16 port) : client(QStringLiteral("127.0.0.1"), port), mirror(&client)
@@ -14,15 +15,16 @@ Desk::Desk(quint16 port) : client(QStringLiteral("127.0.0.1"), port), mirror(&cl
 
 vdserver::ServerClient::LoginResult Desk::logIn(const QString& login, const QString& password)
 {
-    std::optional<vdserver::ServerClient::LoginResult> result;
+    // Shared with the callback, which may come after a wait that gave up.
+    const auto result = std::make_shared<std::optional<vdserver::ServerClient::LoginResult>>();
     client.logIn(login, password.isNull() ? vdserver::SeedData::demoPassword(login) : password,
-                 [&](const vdserver::ServerClient::LoginResult& given) { result = given; });
-    if (!QTest::qWaitFor([&] { return result.has_value(); }, 60000)) {
+                 [result](const vdserver::ServerClient::LoginResult& given) { *result = given; });
+    if (!QTest::qWaitFor([&] { return result->has_value(); }, 60000)) {
         vdserver::ServerClient::LoginResult none;
         none.error = QStringLiteral("no answer to the login");
         return none;
     }
-    return *result;
+    return **result;
 }
 
 bool Desk::open(const QString& login)
@@ -44,11 +46,11 @@ Command Desk::ask(const QString& name, const QByteArray& data)
     query.type = 8;
     query.name = name;
     query.data = data;
-    Command answer;
-    client.send(query, [&](Command& reply) { answer = reply; });
-    if (!QTest::qWaitFor([&] { return answer.status != Command::StatusNone; }, 10000))
+    const auto answer = std::make_shared<Command>();
+    client.send(query, [answer](Command& reply) { *answer = reply; });
+    if (!QTest::qWaitFor([&] { return answer->status != Command::StatusNone; }, 10000))
         qWarning() << "no answer to" << name;
-    return answer;
+    return *answer;
 }
 
 QString Desk::text(const Command& answer)
