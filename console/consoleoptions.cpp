@@ -18,12 +18,20 @@ ConsoleOptions::Parsed ConsoleOptions::parse(const QStringList& arguments)
 {
     QCommandLineParser parser;
     parser.setApplicationDescription(
-        tr("Operator console: runs its plug-ins against an embedded server that keeps its data in a database."));
+        tr("Operator console: runs its plug-ins against an embedded server that keeps its data in a database, "
+           "or against a standalone server (vdserver) on the network."));
     const QCommandLineOption help = parser.addHelpOption();
     const QCommandLineOption version = parser.addVersionOption();
-    const QCommandLineOption user(QStringLiteral("user"),
-                                  tr("Log in as the seeded user LOGIN (default: an administrator)."),
-                                  QStringLiteral("LOGIN"));
+    const QCommandLineOption user(
+        QStringLiteral("user"),
+        tr("Log in as the seeded user LOGIN (default: an administrator); with --server, the login that the "
+           "login window proposes."),
+        QStringLiteral("LOGIN"));
+    const QCommandLineOption server(
+        QStringLiteral("server"),
+        tr("Use the standalone server at HOST:PORT instead of the embedded one, logging in with a password "
+           "(asked for in a window, or taken from the environment variable VDCONSOLE_PASSWORD)."),
+        QStringLiteral("HOST:PORT"));
     const QCommandLineOption requests(
         QStringLiteral("requests"),
         tr("Seed a fresh demo data set with about N pass requests into a fresh store (by default the file "
@@ -67,7 +75,8 @@ ConsoleOptions::Parsed ConsoleOptions::parse(const QStringList& arguments)
     const QCommandLineOption plugins(QStringLiteral("plugins"),
                                      tr("Load the plug-ins of DIR (default: 'plugins' next to the program)."),
                                      QStringLiteral("DIR"));
-    parser.addOptions({user, requests, database, screenshot, click, rows, action, page, input, mainWindow, plugins});
+    parser.addOptions(
+        {user, server, requests, database, screenshot, click, rows, action, page, input, mainWindow, plugins});
 
     if (!parser.parse(arguments))
         return failure(parser.errorText());
@@ -110,6 +119,17 @@ ConsoleOptions::Parsed ConsoleOptions::parse(const QStringList& arguments)
         options.database = vdserver::StoreLocation::parse(parser.value(database), &error);
         if (!options.database)
             return failure(tr("--database: %1").arg(error));
+    }
+    if (parser.isSet(server)) {
+        QString error;
+        options.server = vdserver::Endpoint::parse(parser.value(server), false, &error);
+        if (!options.server)
+            return failure(tr("--server: %1.").arg(error));
+        for (const QCommandLineOption& embedded : {database, requests}) {
+            if (parser.isSet(embedded))
+                return failure(tr("--%1 is for the embedded server; the server of --server keeps its own data.")
+                                   .arg(embedded.names().constFirst()));
+        }
     }
     if (parser.isSet(screenshot)) {
         options.screenshotFile = parser.value(screenshot);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "keystrokes.h"
+#include "serveroptions.h"
 #include "storelocation.h"
 
 #include <QCoreApplication>
@@ -43,6 +44,8 @@ public:
     QString pluginDir;
     // Where the embedded server keeps its objects; empty: the file in the user's data folder.
     std::optional<vdserver::StoreLocation> database;
+    // A standalone server to use instead of the embedded one.
+    std::optional<vdserver::Endpoint> server;
 
     struct Parsed;
     // Reads the arguments, the program's name first. Needs the application object for the

@@ -2,33 +2,33 @@
 
 #include "consolelogging.h"
 #include "localstorage.h"
-#include "server.h"
+#include "objectsource.h"
 
 using vorandel::LocalStorage;
 
-LocalDataManager::LocalDataManager(vdserver::Server* server, QObject* parent)
-    : QObject(parent), m_server(server)
+LocalDataManager::LocalDataManager(vdserver::ObjectSource* source, QObject* parent)
+    : QObject(parent), m_source(source)
 {
 }
 
 COMMAND_LIST LocalDataManager::init(VDServerInterface* server, const QString& path)
 {
-    Q_ASSERT(m_server);
+    Q_ASSERT(m_source);
     const COMMAND_LIST types = VDPluginInterface::init(server, path);
     LocalStorage* store = LocalStorage::instance();
-    connect(m_server, &vdserver::Server::objectsChanged, store, &LocalStorage::setObjects);
-    connect(m_server, &vdserver::Server::objectsRemoved, store, &LocalStorage::removeObjects);
-    connect(m_server, &vdserver::Server::settingsChanged, store, &LocalStorage::setDbSettings);
-    connect(m_server, &vdserver::Server::schedulesChanged, store, &LocalStorage::setSchedules);
-    m_server->publish();
+    connect(m_source, &vdserver::ObjectSource::objectsChanged, store, &LocalStorage::setObjects);
+    connect(m_source, &vdserver::ObjectSource::objectsRemoved, store, &LocalStorage::removeObjects);
+    connect(m_source, &vdserver::ObjectSource::settingsChanged, store, &LocalStorage::setDbSettings);
+    connect(m_source, &vdserver::ObjectSource::schedulesChanged, store, &LocalStorage::setSchedules);
+    m_source->publish();
     qCDebug(lcConsole) << "local store filled from the server";
     return types;
 }
 
 void LocalDataManager::uninit()
 {
-    if (m_server)
-        m_server->disconnect(LocalStorage::instance());
+    if (m_source)
+        m_source->disconnect(LocalStorage::instance());
 }
 
 QString LocalDataManager::pluginName() const

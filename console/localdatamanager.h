@@ -6,21 +6,22 @@
 #include <QPointer>
 
 namespace vdserver {
-class Server;
+class ObjectSource;
 }
 
 // The console's built-in plug-in "localdatamanager": keeps the local store equal to the
-// server's objects. It starts before every loaded plug-in, so their tabs find the store full.
+// server's objects, as the embedded server or the mirror of a standalone one hands them out. It
+// starts before every loaded plug-in, so their tabs find the store full.
 class LocalDataManager : public QObject, public VDPluginInterface
 {
     Q_OBJECT
     Q_INTERFACES(VDPluginInterface)
 public:
-    explicit LocalDataManager(vdserver::Server* server, QObject* parent = nullptr);
+    explicit LocalDataManager(vdserver::ObjectSource* source, QObject* parent = nullptr);
 
-    // Follows the server's changes from now on and takes over everything it holds.
+    // Follows the source's changes from now on and takes over everything it holds.
     COMMAND_LIST init(VDServerInterface* server, const QString& path) override;
-    // Stops following the server; the store keeps what it has.
+    // Stops following the source; the store keeps what it has.
     void uninit() override;
     QString pluginName() const override;
     int pluginVersion() const override;
@@ -30,5 +31,5 @@ public:
     QStringList requireList() override;
 
 private:
-    QPointer<vdserver::Server> m_server;
+    QPointer<vdserver::ObjectSource> m_source;
 };

@@ -1,13 +1,22 @@
 #include "mainwindow.h"
 
+#include "settings.h"
 #include "ui_mainwindow.h"
+#include "vdstackedtoolbars.h"
 #include "vdstyle.h"
 #include "vdtableview.h"
 
+#include <QCloseEvent>
 #include <QIcon>
 #include <QLabel>
 #include <QShortcut>
 #include <QTimer>
+
+namespace {
+// Where the window keeps its size and place, and the layout of its docks and tool bars.
+const QString GeometryKey = QStringLiteral("console/geometry");
+const QString StateKey = QStringLiteral("console/window_state");
+}  // namespace
 
 MainWindow::MainWindow(const QString& userName, QWidget* parent)
     : QMainWindow(parent), ui(std::make_unique<Ui_MainWindow>())
@@ -15,6 +24,10 @@ MainWindow::MainWindow(const QString& userName, QWidget* parent)
     ui->setupUi(this);
     setWindowTitle(tr("Консоль оператора — %1").arg(userName));
     ui->pages->setCurrentWidget(ui->tabs);
+    QPalette banner = ui->offlineBanner->palette();
+    banner.setColor(QPalette::Window, vdstyle::vdOrange);
+    banner.setColor(QPalette::WindowText, Qt::white);
+    ui->offlineBanner->setPalette(banner);
 
     m_problemsLabel = new QLabel(this);
     QPalette warning = m_problemsLabel->palette();
@@ -68,6 +81,40 @@ void MainWindow::showProblems(const QStringList& problems)
         text += tr(" (всего замечаний: %1)").arg(problems.size());
     m_problemsLabel->setText(text);
     m_problemsLabel->setToolTip(problems.join(QLatin1Char('\n')));
+}
+
+void MainWindow::setOffline(const QString& text)
+{
+    ui->offlineBanner->setText(text);
+    ui->offlineBanner->setVisible(!text.isEmpty());
+    // What a page does goes to the server; what it shows stays readable.
+    const QList<VDStackedToolBars*> toolBars = ui->tabs->findChildren<VDStackedToolBars*>();
+    for (VDStackedToolBars* toolBar : toolBars)
+        toolBar->setEnabled(text.isEmpty());
+}
+
+bool MainWindow::isOffline() const
+{
+    return !ui->offlineBanner->isHidden();
+}
+
+void MainWindow::rememberGeometry()
+{
+    m_remembersGeometry = true;
+    Settings* settings = Settings::instance();
+    restoreGeometry(settings->value(GeometryKey).toByteArray());
+    restoreState(settings->value(StateKey).toByteArray());
+}
+
+void MainWindow::closeEvent(QCloseEvent* event)
+{
+    if (m_remembersGeometry) {
+        Settings* settings = Settings::instance();
+        settings->setValue(GeometryKey, saveGeometry());
+        settings->setValue(StateKey, saveState());
+        settings->sync();
+    }
+    QMainWindow::closeEvent(event);
 }
 
 void MainWindow::followCurrentTable()

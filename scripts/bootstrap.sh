@@ -8,6 +8,7 @@ packages=(
   clang libclang-rt-14-dev llvm  # the sanitizer build: libFuzzer, the sanitizers, readable stacks
   qtbase5-dev qtbase5-dev-tools libqt5svg5-dev
   libqt5sql5-sqlite libqt5sql5-psql
+  libsodium-dev
   postgresql
   fonts-dejavu-core
   qttranslations5-l10n

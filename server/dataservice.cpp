@@ -3,7 +3,9 @@
 #include "constants.h"
 #include "localstorage.h"
 #include "objectstore.h"
+#include "peer.h"
 #include "photos.h"
+#include "rights.h"
 #include "serverlogging.h"
 
 #include <QDate>
@@ -69,7 +71,7 @@ bool DataService::handles(const QString& name) const
     return name.startsWith(Prefix) && operations().contains(name.mid(Prefix.size()));
 }
 
-Reply DataService::handle(const Command& query)
+Reply DataService::handle(const Command& query, Peer& from)
 {
     const Operation operation = operations().value(query.name.mid(Prefix.size()));
     VDDataStream in(query.data);
@@ -77,10 +79,23 @@ Reply DataService::handle(const Command& query)
     if (!read(in, sessionId))
         return malformed();
     const auto session = m_sessions.constFind(sessionId);
-    if (session == m_sessions.cend())
+    // Somebody else's session is as unknown as a stale one.
+    if (session == m_sessions.cend() || !from.mayActAs(*session))
         return Reply::failure(tr("Сеанс не найден"));
-    return (this->*operation)(*session, in);
+    Reply reply = (this->*operation)(*session, in);
+    reply.actor = session->login;
+    return reply;
 }
+
+namespace {
+// The answer to a call that the rights refuse; `refusal` is empty when they allow it.
+std::optional<Reply> refused(const QString& refusal)
+{
+    if (refusal.isEmpty())
+        return std::nullopt;
+    return Reply::failure(refusal);
+}
+}  // namespace
 
 const QHash<QString, DataService::Operation>& DataService::operations()
 {
@@ -101,13 +116,15 @@ const QHash<QString, DataService::Operation>& DataService::operations()
     return operations;
 }
 
-Reply DataService::addObject(const Session&, QDataStream& in)
+Reply DataService::addObject(const Session& session, QDataStream& in)
 {
     ObjectInfo object;
     if (!read(in, object))
         return malformed();
     if (ObjectStore::datanameForType(object.type).isEmpty())
         return Reply::failure(tr("Неизвестный тип объекта: «%1»").arg(object.type));
+    if (const auto refusal = refused(Rights::mayAdd(session, object)))
+        return *refusal;
     dropEmptyValues(object.parameters);
     const std::optional<QByteArray> photo = takePhoto(object.type, object.parameters);
     // A uid that a refusal leaves unused is simply skipped, as a database sequence would.
@@ -132,7 +149,7 @@ Reply DataService::addObject(const Session&, QDataStream& in)
     return Reply::success(int(object.uid));
 }
 
-Reply DataService::updateObject(const Session&, QDataStream& in)
+Reply DataService::updateObject(const Session& session, QDataStream& in)
 {
     ObjectInfo changes;
     if (!read(in, changes))
@@ -143,6 +160,8 @@ Reply DataService::updateObject(const Session&, QDataStream& in)
     if (!changes.type.isEmpty() && changes.type != stored->type)
         return Reply::failure(
             tr("Объект %1 имеет тип «%2», а не «%3»").arg(changes.uid).arg(stored->type, changes.type));
+    if (const auto refusal = refused(Rights::mayUpdate(session, *stored, changes)))
+        return *refusal;
 
     const std::optional<QByteArray> photo = takePhoto(stored->type, changes.parameters);
     ObjectInfo object = *stored;
@@ -169,7 +188,7 @@ Reply DataService::updateObject(const Session&, QDataStream& in)
     return Reply::success(int(object.uid));
 }
 
-Reply DataService::removeObject(const Session&, QDataStream& in)
+Reply DataService::removeObject(const Session& session, QDataStream& in)
 {
     ObjectInfo target;
     if (!read(in, target))
@@ -177,6 +196,8 @@ Reply DataService::removeObject(const Session&, QDataStream& in)
     const ObjectInfo* stored = m_store.object(target.uid);
     if (!stored)
         return Reply::failure(tr("Объект %1 не найден").arg(target.uid));
+    if (const auto refusal = refused(Rights::mayRemove(session, *stored)))
+        return *refusal;
     if (stored->type == db::orgstructure::WORKER) {
         const QList<INHERIT_DATA> cards = stored->inherits.values(vorandel::INHERIT_CARD);
         for (const INHERIT_DATA& card : cards)
@@ -197,6 +218,8 @@ Reply DataService::addObjectInherits(const Session& session, QDataStream& in)
     QList<INHERIT_DATA> links;
     if (!read(in, links))
         return malformed();
+    if (const auto refusal = refused(links.isEmpty() ? QString() : Rights::mayDecide(session)))
+        return *refusal;
     // Decisions apply in order, on copies, so that a refused one leaves none applied.
     QHash<TYPE_ID, ObjectInfo> requests;
     for (const INHERIT_DATA& link : qAsConst(links)) {
@@ -227,6 +250,8 @@ Reply DataService::changeUserAccess(const Session& session, QDataStream& in)
     QList<vorandel::ACCESS_CHANGES> changes;
     if (!read(in, changes))
         return malformed();
+    if (const auto refusal = refused(Rights::mayEditVisitors(session)))
+        return *refusal;
     QHash<TYPE_ID, ObjectInfo> subjects;
     QList<TYPE_ID> changed;
     for (const vorandel::ACCESS_CHANGES& change : qAsConst(changes)) {
@@ -260,7 +285,7 @@ Reply DataService::changeUserAccess(const Session& session, QDataStream& in)
     return Reply::success();
 }
 
-Reply DataService::updateWorkerCards(const Session&, QDataStream& in)
+Reply DataService::updateWorkerCards(const Session& session, QDataStream& in)
 {
     TYPE_ID workerUid = 0;
     QList<ObjectInfo> toAdd;
@@ -268,6 +293,8 @@ Reply DataService::updateWorkerCards(const Session&, QDataStream& in)
     bool replace = false;
     if (!read(in, workerUid, toAdd, toRemove, replace))
         return malformed();
+    if (const auto refusal = refused(Rights::mayEditVisitors(session)))
+        return *refusal;
     const ObjectInfo* stored = m_store.object(workerUid, vorandel::SUBJECT_DATANAME);
     if (!stored)
         return Reply::failure(tr("Сотрудник %1 не найден").arg(workerUid));
@@ -329,12 +356,14 @@ Reply DataService::getUserFingers(const Session&, QDataStream& in)
     return Reply::success(static_cast<const QMap<unsigned int, vorandel::TEMPLATE_DATA>&>(templates));
 }
 
-Reply DataService::setUserFingers(const Session&, QDataStream& in)
+Reply DataService::setUserFingers(const Session& session, QDataStream& in)
 {
     TYPE_ID workerUid = 0;
     QList<vorandel::TEMPLATE_DATA> templates;
     if (!read(in, workerUid, templates))
         return malformed();
+    if (const auto refusal = refused(Rights::mayEditVisitors(session)))
+        return *refusal;
     if (m_store.settings().value(db::database::PD_DENY_STORE_USER_PHOTOS) == QLatin1String("true"))
         return Reply::failure(tr("Запрещено редактирование биометрической информации"), Command::StatusBiometricsLocked);
     if (!m_store.object(workerUid, vorandel::SUBJECT_DATANAME))
@@ -389,12 +418,14 @@ Reply DataService::syslog(const Session&, QDataStream& in)
     return Reply::success();
 }
 
-Reply DataService::dismissWorker(const Session&, QDataStream& in)
+Reply DataService::dismissWorker(const Session& session, QDataStream& in)
 {
     TYPE_ID uid = 0;
     QDate date;
     if (!read(in, uid, date))
         return malformed();
+    if (const auto refusal = refused(Rights::mayDismiss(session)))
+        return *refusal;
     const ObjectInfo* stored = m_store.object(uid, vorandel::SUBJECT_DATANAME);
     if (!stored)
         return Reply::failure(tr("Сотрудник %1 не найден").arg(uid));

@@ -13,7 +13,8 @@ namespace vdserver {
 class ObjectStore;
 
 // The data service: the commands "data.<operation>", whose payload is the session id and then
-// the operation's arguments. Only a known session is served.
+// the operation's arguments. Only a known session is served, in the name of whose session the
+// peer may act, and only as far as its rights go (Rights).
 //
 // Values travel as text, and an empty one is no value: an object is stored without its empty
 // parameters, and an update with an empty value removes that parameter. A worker's "PT_PHOTO"
@@ -36,7 +37,7 @@ public:
     DataService(ObjectStore& store, const QHash<QByteArray, Session>& sessions, QObject* parent = nullptr);
 
     bool handles(const QString& name) const override;
-    Reply handle(const Command& query) override;
+    Reply handle(const Command& query, Peer& from) override;
 
     // How long after the answer to "changeUserAccess" its notice follows.
     void setAccessNoticeDelay(int msecs) { m_accessNoticeDelay = msecs; }

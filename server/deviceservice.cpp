@@ -24,7 +24,7 @@ bool DeviceService::handles(const QString& name) const
     return name.startsWith(Prefix) && operations().contains(name.mid(Prefix.size()));
 }
 
-Reply DeviceService::handle(const Command& query)
+Reply DeviceService::handle(const Command& query, Peer&)
 {
     const Operation operation = operations().value(query.name.mid(Prefix.size()));
     VDDataStream in(query.data);

@@ -28,7 +28,7 @@ public:
     explicit DeviceService(const ObjectStore& store, QObject* parent = nullptr);
 
     bool handles(const QString& name) const override;
-    Reply handle(const Command& query) override;
+    Reply handle(const Command& query, Peer& from) override;
 
     // How long a device takes to report.
     void setResultDelay(int msecs) { m_resultDelay = msecs; }

@@ -2,6 +2,7 @@
 
 #include "constants.h"
 #include "objectstore.h"
+#include "peer.h"
 #include "serverlogging.h"
 
 #include <QTimer>
@@ -10,8 +11,8 @@
 
 namespace vdserver {
 
-ExchangeCommands::ExchangeCommands(const ObjectStore& store, QObject* parent)
-    : Service(parent), m_store(store), m_queries(store)
+ExchangeCommands::ExchangeCommands(const ObjectStore& store, const QList<Peer*>& peers, QObject* parent)
+    : Service(parent), m_store(store), m_queries(store), m_peers(peers)
 {
 }
 
@@ -24,33 +25,35 @@ bool ExchangeCommands::handles(const QString& name) const
     return operations().contains(name) || servedLocally(name);
 }
 
-Reply ExchangeCommands::handle(const Command& query)
+Reply ExchangeCommands::handle(const Command& query, Peer& from)
 {
     const Operation operation = operations().value(query.name);
     if (!operation)
-        return relay(query);
+        return relay(query, from);
     VDDataStream in(query.data);
-    const Reply reply = (this->*operation)(in);
+    const Reply reply = (this->*operation)(in, from);
     if (!reply.ok() || !query.name.startsWith(FingerprintWindow))
         return reply;
-    if (!servedLocally(query.name))
+    if (!from.receives(query.name))
         return Reply::failure(tr("Окно биометрии недоступно: модуль консоли «fingerprintwidget» не запущен"));
-    return relay(query);
+    return relay(query, from);
 }
 
 bool ExchangeCommands::servedLocally(const QString& name) const
 {
-    return std::any_of(m_localCommandTypes.cbegin(), m_localCommandTypes.cend(),
-                       [&name](const CommandType& type) { return type.name == name; });
+    return std::any_of(m_peers.cbegin(), m_peers.cend(), [&name](const Peer* peer) { return peer->receives(name); });
 }
 
-Reply ExchangeCommands::relay(const Command& query)
+Reply ExchangeCommands::relay(const Command& query, const Peer& from)
 {
-    if (!servedLocally(query.name))
+    // Plug-ins talk to those of their own console: a fingerprint window asked for at one desk
+    // opens there, not at every desk.
+    if (!from.receives(query.name))
         return Reply::failure(tr("Неизвестная команда: %1").arg(query.name));
     Command passed = query;
     passed.status = Command::StatusOk;
-    QMetaObject::invokeMethod(this, [this, passed] { emit commandReady(passed); }, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(
+        this, [this, passed, to = from.serial()] { emit commandReady(passed, to); }, Qt::QueuedConnection);
     return Reply::success();
 }
 
@@ -66,7 +69,7 @@ const QHash<QString, ExchangeCommands::Operation>& ExchangeCommands::operations(
     return operations;
 }
 
-Reply ExchangeCommands::sendEmail(QDataStream& in)
+Reply ExchangeCommands::sendEmail(QDataStream& in, Peer&)
 {
     vorandel::EMAIL_MESSAGE message;
     QString user;
@@ -79,7 +82,7 @@ Reply ExchangeCommands::sendEmail(QDataStream& in)
     return Reply::success();
 }
 
-Reply ExchangeCommands::showFingerprintWidget(QDataStream& in)
+Reply ExchangeCommands::showFingerprintWidget(QDataStream& in, Peer&)
 {
     unsigned int worker = 0;
     QString identity;
@@ -93,7 +96,7 @@ Reply ExchangeCommands::showFingerprintWidget(QDataStream& in)
     return Reply::success();
 }
 
-Reply ExchangeCommands::asyncQuery(QDataStream& in)
+Reply ExchangeCommands::asyncQuery(QDataStream& in, Peer&)
 {
     QString identity;
     QString queryId;
@@ -114,12 +117,12 @@ Reply ExchangeCommands::asyncQuery(QDataStream& in)
     return Reply::success();
 }
 
-Reply ExchangeCommands::localPluginsInfo(QDataStream& in)
+Reply ExchangeCommands::localPluginsInfo(QDataStream& in, Peer& from)
 {
     COMMAND_LIST types;
     if (!read(in, types))
         return malformed();
-    m_localCommandTypes = types;
+    from.setReceives(types);
     return Reply::success();
 }
 

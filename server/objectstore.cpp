@@ -320,6 +320,17 @@ void ObjectStore::setAccount(TYPE_ID user, const QStringList& roles)
     m_accounts.insert(user, roles);
 }
 
+QByteArray ObjectStore::passwordHash(TYPE_ID user) const
+{
+    return m_records->passwordHash(user);
+}
+
+void ObjectStore::setPasswordHash(TYPE_ID user, const QByteArray& hash)
+{
+    if (writing())
+        written(m_records->setPasswordHash(user, hash));
+}
+
 QList<vorandel::SYSLOG_DATA> ObjectStore::syslog() const
 {
     return m_records->syslog();

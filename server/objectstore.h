@@ -115,6 +115,9 @@ public:
     // The rights of the users who may log in, by user.
     QMap<vorandel::TYPE_ID, QStringList> accounts() const { return m_accounts; }
     void setAccount(vorandel::TYPE_ID user, const QStringList& roles);
+    // The hash of a user's password (PasswordHash), read from the database; empty for none.
+    QByteArray passwordHash(vorandel::TYPE_ID user) const;
+    void setPasswordHash(vorandel::TYPE_ID user, const QByteArray& hash);
 
     QList<vorandel::SYSLOG_DATA> syslog() const;
     void addSyslog(const vorandel::SYSLOG_DATA& entry);

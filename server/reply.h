@@ -13,6 +13,8 @@ struct Reply
 {
     int status = Command::StatusOk;
     QByteArray data;
+    // The login in whose name the query acted, for the log; empty when it names no session.
+    QString actor;
 
     // Success, with these values as the payload.
     template <typename... Values>

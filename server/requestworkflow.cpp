@@ -69,21 +69,25 @@ QString RequestWorkflow::decide(ObjectInfo& request, const INHERIT_DATA& decisio
     const QList<INHERIT_DATA> members = chain(request);
     if (members.isEmpty())
         return tr("У заявки %1 нет листа согласования").arg(request.uid);
-    const auto member = std::find_if(members.cbegin(), members.cend(),
-                                     [&](const INHERIT_DATA& m) { return m.second == decision.second; });
-    if (member == members.cend())
-        return tr("Пользователь %1 не входит в лист согласования заявки %2").arg(decision.second).arg(request.uid);
+    const auto isActor = [actor](const INHERIT_DATA& link) { return link.second == actor; };
+    if (std::none_of(members.cbegin(), members.cend(), isActor))
+        return tr("Пользователь %1 не входит в лист согласования заявки %2").arg(actor).arg(request.uid);
+    // Confirmations are counted, not matched: the turn is at the place that their number has
+    // reached. One person may stand at several places; members of equal priority have no order
+    // among themselves, so any of them may take that priority's next turn, each once per place.
     const QList<INHERIT_DATA> confirmations = request.inherits.values(Confirmed);
-    if (std::any_of(confirmations.cbegin(), confirmations.cend(),
-                    [&](const INHERIT_DATA& c) { return c.second == decision.second; }))
-        return tr("Пользователь %1 уже согласовал заявку %2").arg(decision.second).arg(request.uid);
-    // Members of equal priority have no order among themselves, so any of them may go first.
     const int turn = confirmations.size();
-    if (turn >= members.size() || members.at(turn).priority != member->priority)
+    if (turn >= members.size())
+        return tr("Заявку %1 уже согласовали все участники листа").arg(request.uid);
+    const unsigned int priority = members.at(turn).priority;
+    const auto atThisPriority = [&](const INHERIT_DATA& link) { return isActor(link) && link.priority == priority; };
+    const auto places = std::count_if(members.cbegin(), members.cend(), atThisPriority);
+    const auto taken = std::count_if(confirmations.cbegin(), confirmations.cend(), atThisPriority);
+    if (taken >= places)
         return tr("Заявку %1 сейчас согласует другой участник листа").arg(request.uid);
 
-    request.inherits.insert(decision.type, INHERIT_DATA(request.uid, decision.second, decision.type,
-                                                        member->priority, decision.dateFrom, decision.dateTo));
+    request.inherits.insert(decision.type, INHERIT_DATA(request.uid, actor, decision.type, priority,
+                                                        decision.dateFrom, decision.dateTo));
     if (decision.type == Rejected)
         request.parameters.insert(db::pass_request::STATE, QString::number(vorandel::PASS_REQUEST_STATE_REJECTED));
     else if (turn + 1 == members.size())

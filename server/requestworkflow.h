@@ -17,8 +17,10 @@ class ObjectStore;
 // same form as the chain of a request. A request raised with "PT_CONFIRM_LIST" gets a copy of
 // them as its chain, links of type 23 from the request. The chain sorted by priority, less as
 // many members from its front as there are confirmations (24), gives the member whose turn it
-// is; members of equal priority take their turns in any order. A decision copies that member's chain link with the type changed: 24 confirms, 25
-// rejects. A rejection makes the request state "1"; the last confirmation makes it "2".
+// is: confirmations are counted, not matched, so one person may stand twice in a chain, and
+// members of equal priority take their turns in any order. A decision copies that member's chain
+// link with the type changed: 24 confirms, 25 rejects. A rejection makes the request state "1";
+// the last confirmation makes it "2".
 //
 // Each operation works on the caller's copy of a request and returns an error text for the
 // operator, empty when the change is accepted; a refused copy is not to be stored.

@@ -2,12 +2,15 @@
 
 #include "constants.h"
 #include "objectstore.h"
+#include "passwordhash.h"
 #include "photos.h"
+#include "rights.h"
 
 #include <QDateTime>
 #include <QPair>
 #include <QStringBuilder>
 #include <QTime>
+#include <QtConcurrent>
 
 namespace vdserver {
 
@@ -17,14 +20,47 @@ using vorandel::TYPE_ID;
 
 const QString SeedData::AdministratorLogin = QStringLiteral("admin");
 
-namespace {
-const QString Show = QStringLiteral("RL_PASS_REQUESTS_SHOW");
-const QString ShowAll = QStringLiteral("RL_PASS_REQUESTS_SHOW_ALL");
-const QString Create = QStringLiteral("RL_PASS_REQUESTS_CREATE");
-const QString Update = QStringLiteral("RL_PASS_REQUESTS_UPDATE");
-const QString Delete = QStringLiteral("RL_PASS_REQUESTS_DELETE");
-const QString Confirm = QStringLiteral("RL_PASS_REQUESTS_CONFIRM");
+const QVector<SeedData::DemoUser>& SeedData::demoUsers()
+{
+    using R = Rights;
+    static const QVector<DemoUser> users = {
+        {AdministratorLogin, "Смирнов", "Алексей", "Викторович",
+         {R::Show, R::ShowAll, R::Create, R::Update, R::Delete, R::Confirm}},
+        {"petrov", "Петров", "Игорь", "Сергеевич", {R::Show, R::Confirm}},
+        {"sidorova", "Сидорова", "Анна", "Павловна", {R::Show, R::Confirm}},
+        {"kozlov", "Козлов", "Дмитрий", "Олегович", {R::Show, R::Confirm}},
+        {"operator", "Волкова", "Елена", "Николаевна", {R::Show, R::ShowAll, R::Create, R::Update, R::Delete}},
+        {"viewer", "Морозов", "Павел", "Андреевич", {R::Show}},
+    };
+    return users;
+}
 
+QString SeedData::DemoUser::displayName() const
+{
+    return QStringList{surname, name, patronymic}.join(QLatin1Char(' '));
+}
+
+QString SeedData::demoPassword(const QString& login)
+{
+    return QStringLiteral("demo-") + login;
+}
+
+const QHash<QString, QByteArray>& SeedData::demoPasswordHashes()
+{
+    // Made once a process, several at a time: each costs a fraction of a second on purpose.
+    static const QHash<QString, QByteArray> hashes = [] {
+        QHash<QString, QFuture<QByteArray>> making;
+        for (const DemoUser& user : demoUsers())
+            making.insert(user.login, QtConcurrent::run(&PasswordHash::make, demoPassword(user.login)));
+        QHash<QString, QByteArray> byLogin;
+        for (auto it = making.begin(); it != making.end(); ++it)
+            byLogin.insert(it.key(), it.value().result());
+        return byLogin;
+    }();
+    return hashes;
+}
+
+namespace {
 const QString Name = QStringLiteral("PT_NAME");
 const QString Surname = QStringLiteral("PT_SURNAME");
 const QString Patronymic = QStringLiteral("PT_PATRONYMIC");
@@ -127,9 +163,9 @@ const QString& small(int value)
 }
 }  // namespace
 
-SeedData::SeedData(ObjectStore& store, const SeedOptions& options)
+SeedData::SeedData(ObjectStore& store, const SeedOptions& options, SeedProgress progress)
     : m_store(store), m_workflow(store), m_options(options), m_random(options.randomSeed),
-      m_today(QDate::currentDate())
+      m_today(QDate::currentDate()), m_progress(std::move(progress))
 {
     for (int i = 0; i < 8; ++i) {
         QByteArray data(96, Qt::Uninitialized);
@@ -141,6 +177,7 @@ SeedData::SeedData(ObjectStore& store, const SeedOptions& options)
 QList<Account> SeedData::populate()
 {
     const int requests = qMax(0, m_options.requests);
+    m_steps = requests / 2 + requests;
     addOrganisation(scaled(30, requests, 0));
     addJobs();
     addAccessGroups(scaled(100, requests, 8));
@@ -154,6 +191,13 @@ QList<Account> SeedData::populate()
     // A fresh set is published whole, not announced piece by piece.
     m_store.takeChanges();
     return accounts;
+}
+
+void SeedData::reportProgress()
+{
+    ++m_done;
+    if (m_progress && (m_done % 1000 == 0 || m_done == m_steps))
+        m_progress(m_done, m_steps);
 }
 
 void SeedData::addOrganisation(int workshops)
@@ -235,29 +279,15 @@ void SeedData::addDepartmentAccess()
 
 QList<Account> SeedData::addUsers(int count)
 {
-    struct Named
-    {
-        QString login;
-        Person person;
-        QStringList roles;
-    };
-    const QVector<Named> named = {
-        {AdministratorLogin, {"Смирнов", "Алексей", "Викторович"}, {Show, ShowAll, Create, Update, Delete, Confirm}},
-        {"petrov", {"Петров", "Игорь", "Сергеевич"}, {Show, Confirm}},
-        {"sidorova", {"Сидорова", "Анна", "Павловна"}, {Show, Confirm}},
-        {"kozlov", {"Козлов", "Дмитрий", "Олегович"}, {Show, Confirm}},
-        {"operator", {"Волкова", "Елена", "Николаевна"}, {Show, ShowAll, Create, Update, Delete}},
-        {"viewer", {"Морозов", "Павел", "Андреевич"}, {Show}},
-    };
+    const QVector<DemoUser>& named = demoUsers();
     QList<Account> accounts;
-    for (const Named& user : named) {
+    for (const DemoUser& user : named) {
         const TYPE_ID uid = add(db::user::USER, 0,
                                 {{QStringLiteral("PT_LOGIN"), user.login},
-                                 {Surname, user.person.surname},
-                                 {Name, user.person.name},
-                                 {Patronymic, user.person.patronymic}});
-        const QStringList fullName = {user.person.surname, user.person.name, user.person.patronymic};
-        accounts.append({uid, user.login, fullName.join(QLatin1Char(' ')), user.roles});
+                                 {Surname, user.surname},
+                                 {Name, user.name},
+                                 {Patronymic, user.patronymic}});
+        accounts.append({uid, user.login, user.displayName(), user.roles});
     }
     for (int i = named.size(); i < count; ++i) {
         const Person someone = person(chance(50));
@@ -327,6 +357,7 @@ void SeedData::addWorkers(int count)
             addTemplates(record.uid);
         m_store.put(record);
         m_workers.append({QString::number(record.uid), someone});
+        reportProgress();
     }
 }
 
@@ -398,6 +429,7 @@ void SeedData::addRequests(int count)
         m_workflow.prepareNew(record);
         decide(record, planned);
         m_store.put(record);
+        reportProgress();
     }
 }
 

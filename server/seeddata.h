@@ -9,7 +9,10 @@
 #include <QList>
 #include <QRandomGenerator>
 #include <QString>
+#include <QStringList>
 #include <QVector>
+
+#include <functional>
 
 namespace vdserver {
 
@@ -20,6 +23,9 @@ struct SeedOptions
     int requests = 48;
     quint32 randomSeed = 20261122;
 };
+
+// Told now and then how far a seeding has come: steps done of all, a step a worker or a request.
+using SeedProgress = std::function<void(int done, int total)>;
 
 // The demo data set: an organisation with its departments (most of them with the access groups
 // that their workers get), access groups, console users, confirm
@@ -33,16 +39,33 @@ struct SeedOptions
 //
 // The users who can log in: "admin" with every right; "petrov", "sidorova" and "kozlov", who may
 // confirm and stand at different places of the same confirm lists; "operator" of the pass office,
-// who may do everything but confirm; "viewer", who may only look.
+// who may do everything but confirm; "viewer", who may only look. Each has the demo password
+// "demo-" and his login.
 class SeedData
 {
 public:
-    SeedData(ObjectStore& store, const SeedOptions& options);
+    struct DemoUser
+    {
+        QString login;
+        QString surname;
+        QString name;
+        QString patronymic;
+        QStringList roles;
+
+        QString displayName() const;
+    };
+
+    SeedData(ObjectStore& store, const SeedOptions& options, SeedProgress progress = {});
 
     // Fills an empty store and returns the users who can log in.
     QList<Account> populate();
 
     static const QString AdministratorLogin;
+    // The users who can log in, whatever the size of the set.
+    static const QVector<DemoUser>& demoUsers();
+    static QString demoPassword(const QString& login);
+    // The hashes of the demo passwords by login, made once a process.
+    static const QHash<QString, QByteArray>& demoPasswordHashes();
 
 private:
     struct Person
@@ -80,6 +103,7 @@ private:
     void addWorkers(int count);
     void addRequests(int count);
     void addSettings();
+    void reportProgress();
 
     vorandel::ObjectInfo worker(const Person& person, int number);
     void addCards(vorandel::ObjectInfo& worker, int count);
@@ -117,6 +141,9 @@ private:
     vorandel::CARD_ID m_lastCard = 0;
     int m_lastTemplate = 0;
     QVector<QByteArray> m_templateData;
+    SeedProgress m_progress;
+    int m_steps = 0;
+    int m_done = 0;
 };
 
 }  // namespace vdserver

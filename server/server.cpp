@@ -5,6 +5,8 @@
 #include "dataservice.h"
 #include "deviceservice.h"
 #include "exchangecommands.h"
+#include "passwordhash.h"
+#include "peer.h"
 #include "serverlogging.h"
 
 #include <QPointer>
@@ -17,12 +19,34 @@ namespace vdserver {
 using vorandel::ObjectInfo;
 using vorandel::TYPE_ID;
 
+// The console in the same process: trusted to act in the name of any session its server opened.
+class EmbeddedPeer : public Peer
+{
+public:
+    QString describe() const override { return QStringLiteral("the embedded console"); }
+    bool isLoggedIn() const override { return true; }
+    bool mayActAs(const Session&) const override { return true; }
+    void push(const Command& command) override
+    {
+        if (!target) {
+            qCDebug(lcServer) << "nobody to push" << command.name << "to";
+            return;
+        }
+        Command delivered = command;
+        target(delivered);
+    }
+
+    std::function<void(Command&)> target;
+};
+
 Server::Server(QObject* parent)
-    : QObject(parent),
+    : ObjectSource(parent),
+      m_embedded(std::make_unique<EmbeddedPeer>()),
       m_data(std::make_unique<DataService>(m_store, m_sessions)),
       m_devices(std::make_unique<DeviceService>(m_store)),
-      m_commands(std::make_unique<ExchangeCommands>(m_store))
+      m_commands(std::make_unique<ExchangeCommands>(m_store, m_peers))
 {
+    addPeer(m_embedded.get());
     // For receivers that take the announcements through a queued connection.
     qRegisterMetaType<QList<TYPE_ID>>("QList<vorandel::TYPE_ID>");
     qRegisterMetaType<VDHash<int, vorandel::SCHEDULE_DATA>>("VDHash<int,vorandel::SCHEDULE_DATA>");
@@ -39,7 +63,7 @@ bool Server::open(const StoreLocation& location)
         m_error = m_store.errorString();
         return false;
     }
-    m_sessions.clear();
+    endSessions();
     m_error.clear();
     qCInfo(lcServer).noquote() << "opened" << storeName() << "with"
                                << m_store.objects(vorandel::PASS_REQUEST_DATANAME)->size() << "requests";
@@ -51,14 +75,17 @@ QString Server::storeName() const
     return m_store.database().location().displayName();
 }
 
-bool Server::seed(const SeedOptions& options)
+bool Server::seed(const SeedOptions& options, SeedProgress progress)
 {
-    m_sessions.clear();
+    endSessions();
+    const QHash<QString, QByteArray>& passwords = SeedData::demoPasswordHashes();
     m_store.begin();
     m_store.clear();
-    const QList<Account> accounts = SeedData(m_store, options).populate();
-    for (const Account& account : accounts)
+    const QList<Account> accounts = SeedData(m_store, options, std::move(progress)).populate();
+    for (const Account& account : accounts) {
         m_store.setAccount(account.uid, account.roles);
+        m_store.setPasswordHash(account.uid, passwords.value(account.login));
+    }
     if (!m_store.commit()) {
         m_error = tr("Cannot keep the demo data set in %1: %2").arg(storeName(), m_store.errorString());
         qCCritical(lcServer).noquote() << m_error;
@@ -89,6 +116,15 @@ QList<Account> Server::accounts() const
     return accounts;
 }
 
+std::optional<Account> Server::account(const QString& login) const
+{
+    const QList<Account> known = accounts();
+    const auto found = std::find_if(known.cbegin(), known.cend(), [&](const Account& a) { return a.login == login; });
+    if (found == known.cend())
+        return std::nullopt;
+    return *found;
+}
+
 QString Server::defaultLogin() const
 {
     return SeedData::AdministratorLogin;
@@ -96,47 +132,128 @@ QString Server::defaultLogin() const
 
 std::optional<Session> Server::login(const QString& login)
 {
-    const QList<Account> known = accounts();
-    const auto account =
-        std::find_if(known.cbegin(), known.cend(), [&](const Account& a) { return a.login == login; });
-    if (account == known.cend())
+    const std::optional<Account> known = account(login);
+    if (!known)
         return std::nullopt;
-    const Session session{account->uid, account->login, account->roles, QUuid::createUuid().toRfc4122()};
-    m_sessions.insert(session.sessionId, session);
-    qCInfo(lcServer) << "login" << login;
+    return openSession(*known, *m_embedded);
+}
+
+Session Server::openSession(const Account& account, const Peer& peer, const QByteArray& resume)
+{
+    QByteArray id = resume;
+    const auto held = m_sessions.constFind(id);
+    if (id.size() != 16 || (held != m_sessions.cend() && held->userId != account.uid))
+        id = QUuid::createUuid().toRfc4122();
+    const Session session{account.uid, account.login, account.roles, id};
+    m_sessions.insert(id, session);
+    m_sessionOwners.insert(id, &peer);
+    qCInfo(lcServer).noquote() << "login" << account.login << "at" << peer.describe();
     return session;
+}
+
+void Server::closeSession(const QByteArray& sessionId, const Peer& peer)
+{
+    if (m_sessionOwners.value(sessionId) != &peer)
+        return;
+    m_sessionOwners.remove(sessionId);
+    m_sessions.remove(sessionId);
+}
+
+bool Server::setPassword(const QString& login, const QString& password)
+{
+    const std::optional<Account> known = account(login);
+    if (!known) {
+        m_error = tr("No user logs in as '%1'.").arg(login);
+        return false;
+    }
+    const QByteArray hash = PasswordHash::make(password);
+    if (hash.isEmpty()) {
+        m_error = tr("Cannot hash the password.");
+        return false;
+    }
+    m_store.begin();
+    m_store.setPasswordHash(known->uid, hash);
+    if (!m_store.commit()) {
+        m_error = m_store.errorString();
+        return false;
+    }
+    qCInfo(lcServer) << "password of" << login << "set";
+    return true;
 }
 
 void Server::send(const Command& query, std::function<void(Command&)> reply)
 {
+    receive(m_embedded.get(), query, std::move(reply));
+}
+
+void Server::receive(Peer* peer, const Command& query, std::function<void(Command&)> reply)
+{
     // Handled in a later turn of the event loop, as across a network: the sender never gets its
     // answer before send() returns.
+    const quint64 joined = m_joined.value(peer);
     QMetaObject::invokeMethod(
         this,
-        [this, query, reply = std::move(reply)] {
-            m_store.begin();
-            Reply result = handle(query);
-            if (!result.ok())
-                m_store.rollback();
-            else if (!m_store.commit())
-                result = Reply::failure(QStringLiteral("error_db: ") + m_store.errorString());
-            const ObjectChanges changes = m_store.takeChanges();
-            Command answer = query;
-            answer.status = result.status;
-            answer.data = result.data;
-            // Whoever gets the answer may well shut the server down.
-            const QPointer<Server> alive(this);
-            if (reply)
-                reply(answer);
-            if (alive)
-                announce(changes);
+        [this, peer, joined, query, reply = std::move(reply)] {
+            if (joined == 0 || m_joined.value(peer) != joined) {
+                qCDebug(lcServer) << "dropped" << query.name << "of a console that has gone";
+                return;
+            }
+            run(*peer, query, reply);
         },
         Qt::QueuedConnection);
 }
 
+void Server::run(Peer& from, const Command& query, const std::function<void(Command&)>& reply)
+{
+    m_store.begin();
+    Reply result = handle(from, query);
+    if (!result.ok())
+        m_store.rollback();
+    else if (!m_store.commit())
+        result = Reply::failure(QStringLiteral("error_db: ") + m_store.errorString());
+    const ObjectChanges changes = m_store.takeChanges();
+    Command answer = query;
+    answer.status = result.status;
+    answer.data = result.data;
+    // Whoever gets the answer may well shut the server down.
+    const QPointer<Server> alive(this);
+    if (reply)
+        reply(answer);
+    if (alive)
+        announce(changes);
+}
+
+void Server::addPeer(Peer* peer)
+{
+    if (m_joined.contains(peer))
+        return;
+    m_peers.append(peer);
+    m_joined.insert(peer, ++m_joins);
+}
+
+void Server::removePeer(Peer* peer)
+{
+    m_peers.removeAll(peer);
+    m_joined.remove(peer);
+    for (auto it = m_sessionOwners.begin(); it != m_sessionOwners.end();) {
+        if (it.value() == peer) {
+            m_sessions.remove(it.key());
+            it = m_sessionOwners.erase(it);
+        } else {
+            ++it;
+        }
+    }
+}
+
+void Server::endSessions()
+{
+    m_sessions.clear();
+    m_sessionOwners.clear();
+}
+
 void Server::setPushTarget(std::function<void(Command&)> push)
 {
-    m_pushTarget = std::move(push);
+    m_embedded->target = std::move(push);
 }
 
 void Server::publish()
@@ -197,7 +314,7 @@ QList<vorandel::SYSLOG_DATA> Server::syslogEntries() const
 
 COMMAND_LIST Server::localCommandTypes() const
 {
-    return m_commands->localCommandTypes();
+    return m_embedded->receives();
 }
 
 std::array<Service*, 3> Server::services() const
@@ -205,21 +322,24 @@ std::array<Service*, 3> Server::services() const
     return {m_data.get(), m_devices.get(), m_commands.get()};
 }
 
-Reply Server::handle(const Command& query)
+Reply Server::handle(Peer& from, const Command& query)
 {
+    if (!from.isLoggedIn())
+        return Reply::failure(tr("Вход не выполнен"));
     for (Service* service : services()) {
         if (!service->handles(query.name))
             continue;
-        const Reply reply = service->handle(query);
+        const Reply reply = service->handle(query, from);
         if (!reply.ok()) {
             QString text;
             VDDataStream in(reply.data);
             in >> text;
-            qCInfo(lcServer) << "refused" << query.name << text;
+            qCInfo(lcServer).noquote() << "refused" << query.name << "to"
+                                       << (reply.actor.isEmpty() ? from.describe() : reply.actor) << "-" << text;
         }
         return reply;
     }
-    qCWarning(lcServer) << "unknown command" << query.name;
+    qCWarning(lcServer).noquote() << "unknown command" << query.name << "from" << from.describe();
     return Reply::failure(tr("Неизвестная команда: %1").arg(query.name));
 }
 
@@ -252,14 +372,18 @@ void Server::announce(const ObjectChanges& changes)
         Qt::QueuedConnection);
 }
 
-void Server::push(Command command)
+void Server::push(const Command& command, quint64 to)
 {
-    if (!m_pushTarget) {
-        qCDebug(lcServer) << "nobody to push" << command.name << "to";
-        return;
+    bool taken = false;
+    for (Peer* peer : qAsConst(m_peers)) {
+        if (peer != m_embedded.get() && (to == 0 || peer->serial() == to) && peer->receives(command.name)) {
+            peer->push(command);
+            taken = true;
+        }
     }
-    qCDebug(lcServer) << "push" << command.name;
-    m_pushTarget(command);
+    qCDebug(lcServer) << "push" << command.name << (taken ? "to the network" : "to the embedded console");
+    if (!taken && (to == 0 || to == m_embedded->serial()))
+        m_embedded->push(command);
 }
 
 }  // namespace vdserver

@@ -10,6 +10,8 @@
 
 namespace vdserver {
 
+class Peer;
+
 // One group of the exchange's commands that the server answers. A service answers a query at
 // once through handle(); what it sends of its own accord later goes out through commandReady.
 class Service : public QObject
@@ -20,12 +22,13 @@ public:
 
     // Whether a command of this name is answered here.
     virtual bool handles(const QString& name) const = 0;
-    // Answers a query. A refused query leaves every object as it was.
-    virtual Reply handle(const Command& query) = 0;
+    // Answers a query of a peer. A refused query leaves every object as it was.
+    virtual Reply handle(const Command& query, Peer& from) = 0;
 
 signals:
-    // A command that the server pushes to the console.
-    void commandReady(const Command& command);
+    // A command that the server pushes: to the peer of that serial (Peer::serial), or with 0 to
+    // every peer whose plug-ins receive it.
+    void commandReady(const Command& command, quint64 peer = 0);
 
 protected:
     // Reads the values of a query in order; false for a short or broken payload (a count that

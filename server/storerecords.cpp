@@ -360,6 +360,25 @@ bool StoreRecords::setAccount(TYPE_ID user, const QStringList& roles)
     return m_database.run(upsert, {uidValue(user), textValue(roles.join(QLatin1Char(';')))});
 }
 
+QByteArray StoreRecords::passwordHash(TYPE_ID user) const
+{
+    QSqlQuery& select = m_database.statement(QStringLiteral("SELECT password_hash FROM accounts WHERE user_id = ?"));
+    if (!m_database.run(select, {uidValue(user)})) {
+        warn(select, "a password");
+        return {};
+    }
+    const QByteArray hash = select.next() ? select.value(0).toString().toLatin1() : QByteArray();
+    select.finish();
+    return hash;
+}
+
+bool StoreRecords::setPasswordHash(TYPE_ID user, const QByteArray& hash)
+{
+    QSqlQuery& update = m_database.statement(QStringLiteral("UPDATE accounts SET password_hash = ? WHERE user_id = ?"));
+    const QVariant value = hash.isEmpty() ? QVariant(QVariant::String) : QVariant(QString::fromLatin1(hash));
+    return m_database.run(update, {value, uidValue(user)});
+}
+
 QList<vorandel::SYSLOG_DATA> StoreRecords::syslog() const
 {
     QList<vorandel::SYSLOG_DATA> entries;

@@ -58,6 +58,9 @@ public:
     // The rights of the users who may log in, by user.
     QMap<vorandel::TYPE_ID, QStringList> accounts() const;
     bool setAccount(vorandel::TYPE_ID user, const QStringList& roles);
+    // The hash of a login's password (PasswordHash); empty when it has none.
+    QByteArray passwordHash(vorandel::TYPE_ID user) const;
+    bool setPasswordHash(vorandel::TYPE_ID user, const QByteArray& hash);
 
     QList<vorandel::SYSLOG_DATA> syslog() const;
     bool addSyslog(const vorandel::SYSLOG_DATA& entry);

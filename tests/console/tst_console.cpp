@@ -8,6 +8,8 @@
 #include "mainwindow.h"
 #include "pluginhost.h"
 #include "screenshot.h"
+#include "seeddata.h"
+#include "server.h"
 #include "testenvironment.h"
 #include "vdguiglobals.h"
 #include "vdplugininterface.h"
@@ -110,16 +112,27 @@ private slots:
     {
         QTest::addColumn<QStringList>("arguments");
         QTest::addColumn<bool>("refused");
-        QTest::addColumn<QString>("expected");  // user|requests|screenshot|plug-ins|store, or what the error names
+        QTest::addColumn<QString>("expected");  // user|requests|screenshot|plug-ins|store|server, or what the error names
 
         const QString besideTheProgram = QDir(QCoreApplication::applicationDirPath()).filePath("plugins");
-        QTest::newRow("defaults") << QStringList() << false << "|-1||" + besideTheProgram + "|";
-        QTest::newRow("no requests") << QStringList{"--requests", "0"} << false << "|0||" + besideTheProgram + "|";
+        QTest::newRow("defaults") << QStringList() << false << "|-1||" + besideTheProgram + "||";
+        QTest::newRow("no requests") << QStringList{"--requests", "0"} << false << "|0||" + besideTheProgram + "||";
         QTest::newRow("all of them") << QStringList{"--plugins", "p", "--screenshot", "s.png", "--requests",
                                                     "1000000", "--user", "admin", "--database", "/srv/passes.sqlite"}
-                                     << false << "admin|1000000|s.png|p|/srv/passes.sqlite";
+                                     << false << "admin|1000000|s.png|p|/srv/passes.sqlite|";
         QTest::newRow("a PostgreSQL store") << QStringList{"--database", "postgresql://desk@db.site:5433/passes"}
-                                            << false << "|-1||" + besideTheProgram + "|postgresql://desk@db.site:5433/passes";
+                                            << false << "|-1||" + besideTheProgram + "|postgresql://desk@db.site:5433/passes|";
+        QTest::newRow("a server") << QStringList{"--server", "desk-7.site:7430", "--user", "petrov"} << false
+                                  << "petrov|-1||" + besideTheProgram + "||desk-7.site:7430";
+        QTest::newRow("a server by IPv6") << QStringList{"--server", "[::1]:7430"} << false
+                                          << "|-1||" + besideTheProgram + "||::1:7430";
+        QTest::newRow("server, no port") << QStringList{"--server", "desk-7.site"} << true << "HOST:PORT";
+        QTest::newRow("server, port 0") << QStringList{"--server", "desk-7.site:0"} << true << "'0'";
+        QTest::newRow("server, port too big") << QStringList{"--server", "desk-7.site:70000"} << true << "'70000'";
+        QTest::newRow("server and a store") << QStringList{"--server", "h:1", "--database", "x.sqlite"} << true
+                                            << "--database";
+        QTest::newRow("server and a demo set") << QStringList{"--server", "h:1", "--requests", "5"} << true
+                                               << "--requests";
         QTest::newRow("database, a bad port") << QStringList{"--database", "postgresql://db.site:port/passes"}
                                               << true << "'port'";
         QTest::newRow("requests, a word") << QStringList{"--requests", "many"} << true << "many";
@@ -140,7 +153,9 @@ private slots:
         QCOMPARE(parsed.outcome, refused ? ConsoleOptions::Parsed::Error : ConsoleOptions::Parsed::Run);
         const ConsoleOptions& given = parsed.options;
         const QStringList values{given.user, QString::number(given.requests.value_or(-1)), given.screenshotFile,
-                                 given.pluginDir, given.database ? given.database->displayName() : QString()};
+                                 given.pluginDir, given.database ? given.database->displayName() : QString(),
+                                 given.server ? QStringLiteral("%1:%2").arg(given.server->host).arg(given.server->port)
+                                              : QString()};
         if (refused)
             QVERIFY2(parsed.text.contains(expected), qPrintable(parsed.text));
         else
@@ -483,20 +498,76 @@ private slots:
         QVERIFY(!window->isVisible());
     }
 
+    // The window opens where and as large as the operator last left it.
+    void remembersItsSizeAndPlace()
+    {
+        {
+            MainWindow window(QStringLiteral("Оператор"));
+            window.rememberGeometry();
+            window.setGeometry(120, 90, 917, 613);
+            window.show();
+            QVERIFY(QTest::qWaitForWindowExposed(&window));
+            window.close();
+        }
+        MainWindow again(QStringLiteral("Оператор"));
+        again.rememberGeometry();
+        QCOMPARE(again.size(), QSize(917, 613));
+        QCOMPARE(again.geometry().topLeft(), QPoint(120, 90));
+        // A picture is of the window as it is made, whatever was kept.
+        MainWindow fresh(QStringLiteral("Оператор"));
+        QVERIFY(fresh.size() != QSize(917, 613));
+    }
+
+    // A login outside the demo set is refused before anything is made: no store, no seeding.
     void exitsOnAnUnknownUser()
     {
         const QTemporaryDir home;
         QProcess process;
-        QVERIFY(runConsole(process, {"--user", "nobody", "--plugins", home.path()}, home) > 0);
+        QCOMPARE(runConsole(process, {"--user", "nobody", "--plugins", home.path()}, home), 1);
         const QString err = QString::fromUtf8(process.readAllStandardError());
         QVERIFY2(err.contains(QStringLiteral("nobody")), qPrintable(err));
+        QVERIFY(!QFileInfo::exists(QDir(home.path()).filePath(QStringLiteral("vorandel"))));
+        QVERIFY(process.readAllStandardOutput().isEmpty());
         // The operator learns whom he may log in as.
-        vdserver::Server server;
-        server.seed();
-        for (const vdserver::Account& account : server.accounts()) {
-            QVERIFY2(err.contains(account.login), qPrintable(account.login));
-            QVERIFY2(err.contains(account.displayName), qPrintable(account.displayName));
+        for (const vdserver::SeedData::DemoUser& user : vdserver::SeedData::demoUsers()) {
+            QVERIFY2(err.contains(user.login), qPrintable(user.login));
+            QVERIFY2(err.contains(user.displayName()), qPrintable(user.displayName()));
         }
+    }
+
+    // What needs no window is answered without a display.
+    void answersWithoutADisplay_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<int>("exitCode");
+        QTest::addColumn<QString>("said");
+
+        QTest::newRow("help") << QStringList{"--help"} << 0 << "--server";
+        QTest::newRow("version") << QStringList{"--version"} << 0 << "vdconsole";
+        QTest::newRow("a mistake") << QStringList{"--requests", "many"} << 2 << "many";
+    }
+
+    void answersWithoutADisplay()
+    {
+        QFETCH(QStringList, arguments);
+        QFETCH(int, exitCode);
+        QFETCH(QString, said);
+
+        const QTemporaryDir home;
+        QProcess process;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
+            environment.remove(QString::fromLatin1(name));
+        environment.insert(QStringLiteral("XDG_CONFIG_HOME"), home.path());
+        environment.insert(QStringLiteral("XDG_DATA_HOME"), home.path());
+        process.setProcessEnvironment(environment);
+        process.start(QStringLiteral(VDCONSOLE_BINARY), arguments);
+        QVERIFY(process.waitForFinished(30000));
+        QCOMPARE(process.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(process.exitCode(), exitCode);
+        const QString text = QString::fromUtf8(process.readAllStandardOutput() + process.readAllStandardError());
+        QVERIFY2(text.contains(said), qPrintable(text));
+        QVERIFY2(!text.contains(QStringLiteral("platform plugin")), qPrintable(text));
     }
 
     // The store is made and seeded once in the data folder and kept; --requests seeds a fresh
@@ -506,19 +577,21 @@ private slots:
         const QTemporaryDir home;
         const QString folder = QDir(home.path()).filePath(QStringLiteral("vorandel/vdconsole"));
         const QString file = QDir(folder).filePath(QStringLiteral("store.sqlite"));
+        // Without plug-ins, a picture ends the run as soon as the window is up.
+        const QStringList quick{"--plugins", home.path(), "--screenshot", home.filePath(QStringLiteral("shot.png"))};
         const auto run = [&](const QStringList& arguments, QString* out, QString* err) {
             QProcess process;
-            const int exitCode = runConsole(process, arguments + QStringList{"--user", "nobody"}, home);
+            const int exitCode = runConsole(process, arguments + quick, home);
             *out = QString::fromUtf8(process.readAllStandardOutput());
             *err = QString::fromUtf8(process.readAllStandardError());
             return exitCode;
         };
         QString out;
         QString err;
-        QCOMPARE(run({}, &out, &err), 1);
+        QCOMPARE(run({}, &out, &err), 0);
         QVERIFY2(out.contains(QStringLiteral("A new store with the demo data set is in ") + file), qPrintable(out));
         QVERIFY(QFile::exists(file));
-        QCOMPARE(run({}, &out, &err), 1);
+        QCOMPARE(run({}, &out, &err), 0);
         QVERIFY2(!out.contains(QStringLiteral("new store")), qPrintable(out));
 
         QFile store(file);
@@ -530,7 +603,7 @@ private slots:
         QVERIFY(store.open(QIODevice::ReadOnly));
         QCOMPARE(store.readAll(), kept);
 
-        QCOMPARE(run({"--requests", "5"}, &out, &err), 1);
+        QCOMPARE(run({"--requests", "5"}, &out, &err), 0);
         QVERIFY2(out.contains(QStringLiteral("A fresh demo data set of 5 requests is in ")
                               + QDir(folder).filePath(QStringLiteral("demo-5.sqlite"))),
                  qPrintable(out));

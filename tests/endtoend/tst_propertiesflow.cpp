@@ -20,6 +20,7 @@
 #include <QPushButton>
 #include <QTabWidget>
 #include <QTableView>
+#include <QTemporaryDir>
 #include <QTextBrowser>
 #include <QtTest>
 
@@ -80,6 +81,9 @@ class TestPropertiesFlow : public QObject
     Q_OBJECT
 
     TestEnvironment environment;
+    // A store of this run's own: what a run saves, a card given or a car number, is not there at
+    // the next.
+    QTemporaryDir storeFolder;
     std::unique_ptr<Console> console;
     std::unique_ptr<RecordingTransport> wire;
     QList<TYPE_ID> used;  // each test takes requests of its own
@@ -173,6 +177,7 @@ private slots:
     {
         ConsoleOptions options;
         options.pluginDir = qEnvironmentVariable("VD_PLUGIN_DIR");
+        options.database = vdserver::StoreLocation::file(storeFolder.filePath(QStringLiteral("store.sqlite")));
         console = std::make_unique<Console>(options);
         QVERIFY(console->logIn());
         console->start();
