@@ -129,7 +129,7 @@ void PluginWidget::placePopups()
             continue;
         const int noteWidth = qMax(qMin(note->sizeHint().width(), widthLimit), note->minimumSizeHint().width());
         const int noteHeight = note->hasHeightForWidth() ? note->heightForWidth(noteWidth) : note->sizeHint().height();
-        note->setGeometry(width() - NoteMargin - noteWidth, bottom - noteHeight, noteWidth, noteHeight);
+        note->setGeometry(NoteMargin, bottom - noteHeight, noteWidth, noteHeight);
         note->raise();
         bottom -= noteHeight + NoteSpacing;
     }

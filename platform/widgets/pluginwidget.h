@@ -51,7 +51,8 @@ protected:
 
 private:
     void showPopup(PopupKind kind, MessageWidget::Icon icon, const QString& text);
-    // Stacks the notes from the bottom-right corner upward, the oldest lowest.
+    // Stacks the notes from the bottom-left corner upward, the oldest lowest: pages keep their
+    // lists on the left and what the operator reads on the right, and a note must not hide that.
     void placePopups();
 
     QList<Popup> m_popups;

@@ -58,11 +58,12 @@ private slots:
                             [&](MessageWidget* note) { return note->text() == text && note->icon() == icon; }));
     }
 
-    // Notes stack from the bottom of the page, the newest on top; one that goes makes room.
+    // Notes stack from the bottom of the page, the newest on top, on the left half where they hide
+    // no card; one that goes makes room.
     void notesMoveDownWhenOneCloses()
     {
         PluginWidget page;
-        page.resize(500, 400);
+        page.resize(1000, 400);
         page.show();
         QVERIFY(QTest::qWaitForWindowExposed(&page));
         page.showPopupInformationMessage(QStringLiteral("первая"), 0);
@@ -73,6 +74,7 @@ private slots:
         const QPointer<MessageWidget> second = first == notes.first() ? notes.last() : notes.first();
         const int bottom = first->geometry().bottom();
         QVERIFY(second->geometry().bottom() < first->geometry().top());
+        QVERIFY(first->geometry().right() < page.width() / 2);
 
         first->close();
         QTRY_COMPARE(page.findChildren<MessageWidget*>().size(), 1);
