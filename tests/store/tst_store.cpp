@@ -221,13 +221,14 @@ private slots:
         const ACCESS_CHANGES grant{worker, f.objects(POLICY_DATANAME).first().uid, true, false, 7};
         QCOMPARE(f.data(QStringLiteral("changeUserAccess"), QList<ACCESS_CHANGES>{grant}).status,
                  int(Command::StatusOk));
+        // Others are removed and dismissed; Лебедева, whom the checks below look at, must stay.
         const QList<ObjectInfo> seeded = f.objects(SUBJECT_DATANAME);
         const auto carded = std::find_if(seeded.cbegin(), seeded.cend(),
-                                         [](const ObjectInfo& w) { return w.inherits.contains(INHERIT_CARD); });
+                                         [&](const ObjectInfo& w) { return w.uid != worker && w.inherits.contains(INHERIT_CARD); });
         QCOMPARE(f.data(QStringLiteral("removeObject"), record(carded->uid, db::orgstructure::WORKER)).status,
                  int(Command::StatusOk));
         const auto cardless = std::find_if(seeded.cbegin(), seeded.cend(),
-                                           [](const ObjectInfo& w) { return !w.inherits.contains(INHERIT_CARD); });
+                                           [&](const ObjectInfo& w) { return w.uid != worker && !w.inherits.contains(INHERIT_CARD); });
         QCOMPARE(f.data(QStringLiteral("dismissWorker"), cardless->uid, QDate(2026, 3, 1)).status,
                  int(Command::StatusOk));
         const SYSLOG_DATA entry{7, "1", "Заявка подтверждена", QDateTime(QDate(2026, 2, 27), QTime(9, 30, 15, 250))};
