@@ -2,7 +2,6 @@
 
 #include "constants.h"
 #include "objectstore.h"
-#include "passwordhash.h"
 #include "photos.h"
 #include "rights.h"
 
@@ -10,7 +9,6 @@
 #include <QPair>
 #include <QStringBuilder>
 #include <QTime>
-#include <QtConcurrent>
 
 namespace vdserver {
 
@@ -47,16 +45,17 @@ QString SeedData::demoPassword(const QString& login)
 
 const QHash<QString, QByteArray>& SeedData::demoPasswordHashes()
 {
-    // Made once a process, several at a time: each costs a fraction of a second on purpose.
-    static const QHash<QString, QByteArray> hashes = [] {
-        QHash<QString, QFuture<QByteArray>> making;
-        for (const DemoUser& user : demoUsers())
-            making.insert(user.login, QtConcurrent::run(&PasswordHash::make, demoPassword(user.login)));
-        QHash<QString, QByteArray> byLogin;
-        for (auto it = making.begin(); it != making.end(); ++it)
-            byLogin.insert(it.key(), it.value().result());
-        return byLogin;
-    }();
+    // Made once with PasswordHash::make and kept here: the demo passwords are public anyway, and
+    // hashing them at every seeding would cost the console a second of processor time and leave
+    // the memory of the hashing threads behind for the table to grow into.
+    static const QHash<QString, QByteArray> hashes = {
+        {QStringLiteral("admin"), QByteArrayLiteral("$argon2id$v=19$m=65536,t=2,p=1$zY4BmidinoqtvU/1hoLOpQ$lHegGtaBnM68b1iIQGigbWjNhMdRmmwsLnpSi/DRfSA")},
+        {QStringLiteral("petrov"), QByteArrayLiteral("$argon2id$v=19$m=65536,t=2,p=1$euhBIWW4vSh2j9OjLwxzrw$Q9N2prk795pnPT6hGkX8rwPOOX5glKWjoFp06gD0Ta0")},
+        {QStringLiteral("sidorova"), QByteArrayLiteral("$argon2id$v=19$m=65536,t=2,p=1$y8DTDEDQJf9fZ9MVSN7E9w$20u4I8T6krDq9SPHbucV5FOK/P4WBp3nITOra5uoIPA")},
+        {QStringLiteral("kozlov"), QByteArrayLiteral("$argon2id$v=19$m=65536,t=2,p=1$YcpHEHd6j0aLBtVkod+fEQ$VtfqI399IkzbxB4oR5VRoe40kOdg/NnvwRim48F3WaA")},
+        {QStringLiteral("operator"), QByteArrayLiteral("$argon2id$v=19$m=65536,t=2,p=1$yTnr0eCAleXAojqMSNhafQ$u9Sy6PGrcZy9jiFYkVKXgCzfTTrVFHzTR1oTPKjL6Hs")},
+        {QStringLiteral("viewer"), QByteArrayLiteral("$argon2id$v=19$m=65536,t=2,p=1$6hYcXznquxzZYrSK1aNJ0Q$aZ6eOE0VbIeNbc0Qz2f3eBY9+pXjNeRZeCv7dbkZ/P8")},
+    };
     return hashes;
 }
 

@@ -64,7 +64,7 @@ public:
     // The users who can log in, whatever the size of the set.
     static const QVector<DemoUser>& demoUsers();
     static QString demoPassword(const QString& login);
-    // The hashes of the demo passwords by login, made once a process.
+    // The hashes of the demo passwords by login.
     static const QHash<QString, QByteArray>& demoPasswordHashes();
 
 private:

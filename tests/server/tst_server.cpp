@@ -3,6 +3,8 @@
 #include "dbquery.h"
 #include "faketransport.h"
 #include "localstorage.h"
+#include "passwordhash.h"
+#include "seeddata.h"
 #include "serverfixture.h"
 #include "server.h"
 #include "servicerecords.h"
@@ -436,6 +438,18 @@ private slots:
                                           [&](const BLOB_DATA_RESQUEST& r) { return !photos.contains(r.uid); });
         QCOMPARE(changedBlobs(f, {{without->uid, Photo, "0123"}}).value(without->uid),
                  (QHash<QString, QByteArray>{{Photo, QByteArray()}}));
+    }
+
+    // The demo hashes are kept in the source: each must open with its own demo password only.
+    void everyDemoUserHasHisPassword()
+    {
+        const QHash<QString, QByteArray>& hashes = vdserver::SeedData::demoPasswordHashes();
+        for (const vdserver::SeedData::DemoUser& user : vdserver::SeedData::demoUsers()) {
+            const QByteArray hash = hashes.value(user.login);
+            QVERIFY2(vdserver::PasswordHash::verify(hash, vdserver::SeedData::demoPassword(user.login)),
+                     qPrintable(user.login));
+            QVERIFY(!vdserver::PasswordHash::verify(hash, vdserver::SeedData::demoPassword(user.login + 'x')));
+        }
     }
 
     void seedIsRepeatable()
