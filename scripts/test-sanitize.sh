@@ -12,4 +12,5 @@ if [ ! -f "$build/CMakeCache.txt" ]; then
 fi
 cmake --build "$build" --parallel "$(nproc)"
 cd "$build"
-ctest --output-on-failure --timeout 300 "$@"
+# Each test is a process of its own with its own store, so they run side by side.
+ctest --output-on-failure --timeout 300 --parallel "$(nproc)" "$@"
