@@ -2,6 +2,7 @@
 
 #include "constants.h"
 #include "dbquery.h"
+#include "framereader.h"
 #include "objectstore.h"
 #include "server.h"
 #include "servicerecords.h"
@@ -158,6 +159,55 @@ QList<QByteArray> seedsOf(const QString& name)
 
 }  // namespace
 
+namespace {
+
+// What a reader hands out of a byte stream: the frames in turn, and how it ended.
+QString readFrames(const QList<QByteArray>& pieces)
+{
+    vdserver::FrameReader reader;
+    QString outcome;
+    for (const QByteArray& piece : pieces) {
+        reader.append(piece);
+        Command command;
+        vdserver::FrameReader::Result result;
+        while ((result = reader.next(command)) == vdserver::FrameReader::Result::Command)
+            outcome += QString::number(command.id) + command.name + QString::fromLatin1(command.data.toHex()) + '|';
+        if (result == vdserver::FrameReader::Result::Error)
+            return outcome + QStringLiteral("error");
+    }
+    return outcome + (reader.hasPartialFrame() ? QStringLiteral("partial") : QStringLiteral("end"));
+}
+
+// A console's bytes on the wire, as TCP may cut them anywhere: the reader must frame them the
+// same whether they come at once or a few at a time.
+FuzzTarget frameTarget()
+{
+    const QString name = QStringLiteral("server.frames");
+    return {name,
+            [name](const QByteArray& input) {
+                QList<QByteArray> pieces;
+                const int step = input.isEmpty() ? 1 : 1 + quint8(input.front()) % 7;
+                for (int at = 0; at < input.size(); at += step)
+                    pieces.append(input.mid(at, step));
+                if (readFrames({input}) != readFrames(pieces))
+                    fuzzFailure(name, QStringLiteral("the frames depend on how the bytes were cut"));
+            },
+            [] {
+                Command query;
+                query.id = 7;
+                query.type = 8;
+                query.name = QStringLiteral("data.removeObject");
+                query.data = payload(QByteArray("session"), 42u);
+                Command answer = query;
+                answer.status = Command::StatusOk;
+                answer.data.clear();
+                const QByteArray one = vdserver::FrameReader::frame(query);
+                return QList<QByteArray>{one, one + vdserver::FrameReader::frame(answer), one.left(one.size() - 3)};
+            }};
+}
+
+}  // namespace
+
 QList<FuzzTarget> serverTargets()
 {
     const QStringList operations{
@@ -172,7 +222,7 @@ QList<FuzzTarget> serverTargets()
         QStringLiteral("show:fingerprintwidget.scan"), QStringLiteral("db.async"),
         QStringLiteral("exchange.local_plugins_info"),
     };
-    QList<FuzzTarget> targets;
+    QList<FuzzTarget> targets{frameTarget()};
     for (const QString& operation : operations) {
         targets.append({QStringLiteral("server.") + operation,
                         [operation](const QByteArray& input) { ServerUnderTest::instance().ask(operation, input); },
