@@ -2,6 +2,7 @@
 
 #include "constants.h"
 #include "objectstore.h"
+#include "peer.h"
 #include "serverlogging.h"
 
 #include <QRandomGenerator>
@@ -24,14 +25,14 @@ bool DeviceService::handles(const QString& name) const
     return name.startsWith(Prefix) && operations().contains(name.mid(Prefix.size()));
 }
 
-Reply DeviceService::handle(const Command& query, Peer&)
+Reply DeviceService::handle(const Command& query, Peer& from)
 {
     const Operation operation = operations().value(query.name.mid(Prefix.size()));
     VDDataStream in(query.data);
     QString identity;
     if (!read(in, identity))
         return malformed();
-    return (this->*operation)(identity, in);
+    return (this->*operation)(identity, in, from);
 }
 
 const QHash<QString, DeviceService::Operation>& DeviceService::operations()
@@ -44,7 +45,7 @@ const QHash<QString, DeviceService::Operation>& DeviceService::operations()
     return operations;
 }
 
-Reply DeviceService::bind(const QString& identity, QDataStream& in)
+Reply DeviceService::bind(const QString& identity, QDataStream& in, const Peer&)
 {
     unsigned int device = 0;
     QStringList commands;
@@ -57,7 +58,7 @@ Reply DeviceService::bind(const QString& identity, QDataStream& in)
     return Reply::success();
 }
 
-Reply DeviceService::unbind(const QString& identity, QDataStream& in)
+Reply DeviceService::unbind(const QString& identity, QDataStream& in, const Peer&)
 {
     unsigned int device = 0;
     QStringList commands;
@@ -70,48 +71,59 @@ Reply DeviceService::unbind(const QString& identity, QDataStream& in)
     return Reply::success();
 }
 
-Reply DeviceService::readCard(const QString& identity, QDataStream& in)
+Reply DeviceService::readCard(const QString& identity, QDataStream& in, const Peer& from)
 {
     unsigned int device = 0;
     if (!read(in, device))
         return malformed();
     if (!m_store.object(device, vorandel::DEVICE_DATANAME))
         return unknownDevice(device);
+    const quint64 peer = from.serial();
     if (m_cardHolder) {
-        m_waiting.emplace(identity, device);
+        m_waiting.emplace(identity, device, peer);
         QMetaObject::invokeMethod(this, [this, identity, device] { emit cardWanted(identity, device); },
                                   Qt::QueuedConnection);
         return Reply::success();
     }
-    QTimer::singleShot(m_resultDelay, this, [this, identity, device] {
-        reportRead(identity, device, {{QStringLiteral("status"), QStringLiteral("ok")},
-                                      {QStringLiteral("card"), readableCard(0)}});
+    QTimer::singleShot(m_resultDelay, this, [this, identity, device, peer] {
+        reportRead(identity, device,
+                   {{QStringLiteral("status"), QStringLiteral("ok")}, {QStringLiteral("card"), readableCard(0)}},
+                   peer);
     });
     return Reply::success();
 }
 
 void DeviceService::presentCard(const QString& identity, unsigned int device, std::optional<vorandel::CARD_ID> number)
 {
-    if (m_waiting.erase({identity, device}) == 0) {
+    // Normally one read waits; a card held to the reader answers every read waiting on it.
+    QList<quint64> peers;
+    for (auto it = m_waiting.lower_bound({identity, device, 0});
+         it != m_waiting.end() && std::get<0>(*it) == identity && std::get<1>(*it) == device;) {
+        peers.append(std::get<2>(*it));
+        it = m_waiting.erase(it);
+    }
+    if (peers.isEmpty()) {
         qCDebug(lcServer) << "no read waits on" << device << "for" << identity;
         return;
     }
-    if (!number) {
-        reportRead(identity, device, {{QStringLiteral("status"), QStringLiteral("error")}});
-        return;
-    }
-    reportRead(identity, device, {{QStringLiteral("status"), QStringLiteral("ok")},
-                                  {QStringLiteral("card"), readableCard(*number)}});
+    const QHash<QString, QVariant> result = number
+        ? QHash<QString, QVariant>{{QStringLiteral("status"), QStringLiteral("ok")},
+                                   {QStringLiteral("card"), readableCard(*number)}}
+        : QHash<QString, QVariant>{{QStringLiteral("status"), QStringLiteral("error")}};
+    for (quint64 peer : qAsConst(peers))
+        reportRead(identity, device, result, peer);
 }
 
-void DeviceService::reportRead(const QString& identity, unsigned int device, const QHash<QString, QVariant>& result)
+void DeviceService::reportRead(const QString& identity, unsigned int device, const QHash<QString, QVariant>& result,
+                               quint64 peer)
 {
     if (!isBound(identity, device, vorandel::DEVICE_COMMAND_READ_CARD)) {
         qCDebug(lcServer) << "card read on" << device << "has no listener" << identity;
         return;
     }
     emit commandReady(makeCommand(QStringLiteral("command_result:") + identity, 8, device,
-                                  vorandel::DEVICE_COMMAND_READ_CARD, result));
+                                  vorandel::DEVICE_COMMAND_READ_CARD, result),
+                      peer);
 }
 
 Reply DeviceService::unknownDevice(unsigned int device) const

@@ -9,7 +9,6 @@
 #include <optional>
 #include <set>
 #include <tuple>
-#include <utility>
 
 namespace vdserver {
 
@@ -20,7 +19,8 @@ class ObjectStore;
 // reader "reads" a card that no card of the store carries yet, a moment later. With a card holder
 // (setCardHolder), a read waits until somebody holds a card to the reader (presentCard), as a
 // real one waits for a card. The result goes to "command_result:<identity>" provided the identity
-// is bound to that device for "read_card" by then.
+// is bound to that device for "read_card" by then, and only to the console that asked for the
+// read: two consoles may well carry the same identity.
 class DeviceService : public Service
 {
     Q_OBJECT
@@ -43,24 +43,26 @@ signals:
     void cardWanted(const QString& identity, unsigned int device);
 
 private:
-    using Operation = Reply (DeviceService::*)(const QString& identity, QDataStream&);
+    using Operation = Reply (DeviceService::*)(const QString& identity, QDataStream&, const Peer& from);
     static const QHash<QString, Operation>& operations();
 
-    Reply bind(const QString& identity, QDataStream& in);
-    Reply unbind(const QString& identity, QDataStream& in);
-    Reply readCard(const QString& identity, QDataStream& in);
+    Reply bind(const QString& identity, QDataStream& in, const Peer& from);
+    Reply unbind(const QString& identity, QDataStream& in, const Peer& from);
+    Reply readCard(const QString& identity, QDataStream& in, const Peer& from);
 
     Reply unknownDevice(unsigned int device) const;
     bool isBound(const QString& identity, unsigned int device, const QString& command) const;
     // A card as a reader would give it: its number only. 0 makes a number that no card carries.
     QByteArray readableCard(vorandel::CARD_ID number) const;
-    void reportRead(const QString& identity, unsigned int device, const QHash<QString, QVariant>& result);
+    // Tells the peer of that serial (Peer::serial) what the reader read.
+    void reportRead(const QString& identity, unsigned int device, const QHash<QString, QVariant>& result,
+                    quint64 peer);
 
     const ObjectStore& m_store;
     // Who listens to which command of which device.
     std::set<std::tuple<QString, unsigned int, QString>> m_bindings;
-    // Reads that wait for a card, by identity and reader.
-    std::set<std::pair<QString, unsigned int>> m_waiting;
+    // Reads that wait for a card: identity, reader and the serial of the peer that asked.
+    std::set<std::tuple<QString, unsigned int, quint64>> m_waiting;
     bool m_cardHolder = false;
     int m_resultDelay = 300;
 };

@@ -96,7 +96,7 @@ Reply ExchangeCommands::showFingerprintWidget(QDataStream& in, Peer&)
     return Reply::success();
 }
 
-Reply ExchangeCommands::asyncQuery(QDataStream& in, Peer&)
+Reply ExchangeCommands::asyncQuery(QDataStream& in, Peer& from)
 {
     QString identity;
     QString queryId;
@@ -113,7 +113,9 @@ Reply ExchangeCommands::asyncQuery(QDataStream& in, Peer&)
         : makeCommand(name, 1, queryId, int(Command::StatusFailed), result.error);
     if (!result.error.isEmpty())
         qCInfo(lcServer) << "query" << queryId << "failed:" << result.error;
-    QTimer::singleShot(m_resultDelay, this, [this, answer] { emit commandReady(answer); });
+    // To the console that asked only: the identity names a plug-in, and two consoles on one
+    // machine may carry the same one.
+    QTimer::singleShot(m_resultDelay, this, [this, answer, to = from.serial()] { emit commandReady(answer, to); });
     return Reply::success();
 }
 

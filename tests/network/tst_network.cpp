@@ -1,4 +1,5 @@
 #include "constants.h"
+#include "dbquery.h"
 #include "desk.h"
 #include "framereader.h"
 #include "server.h"
@@ -15,6 +16,8 @@ using namespace vorandel;
 namespace {
 const QString Visitor = QStringLiteral("Разовый пропуск посетителя");  // petrov, then sidorova
 const QString CarNumber = QStringLiteral("PT_CAR_NUMBER");
+// The identity of a plug-in that runs at two desks of one machine.
+const QString PluginIdentity = QStringLiteral("requestview:desk.local:1764000000");
 
 ObjectInfo record(TYPE_ID uid, const QString& type, const QHash<QString, QString>& parameters = {})
 {
@@ -193,24 +196,48 @@ private slots:
         QVERIFY(office.object(PASS_REQUEST_DATANAME, request).isValid());
     }
 
-    // Plug-ins talk to those of their own console: a fingerprint window asked for at one desk
-    // opens there, though the other desk runs the same plug-in.
+    // What a console's plug-in asks for comes back to that console alone, though the other desk
+    // runs the same plug-ins under the same identity (two consoles on one machine, started in the
+    // same second): a fingerprint window opens at the desk that asked for it, and the result of a
+    // database query or of a card read goes back to it.
+    void aPluginsCommandStaysAtItsDesk_data()
+    {
+        QTest::addColumn<QString>("command");
+        QTest::addColumn<QString>("pushed");  // the command that comes back to the desk
+
+        QTest::newRow("fingerprint window") << "show:fingerprintwidget" << "show:fingerprintwidget";
+        QTest::newRow("database query") << "db.async" << "db.async_result:" + PluginIdentity;
+        QTest::newRow("card read") << "devices.readCard" << "command_result:" + PluginIdentity;
+    }
+
     void aPluginsCommandStaysAtItsDesk()
     {
+        QFETCH(QString, command);
+        QFETCH(QString, pushed);
         Desk first(m_server->port());
         Desk second(m_server->port());
         QVERIFY(first.open(QStringLiteral("operator")));
         QVERIFY(second.open(QStringLiteral("operator")));
-        const QString window = QStringLiteral("show:fingerprintwidget");
-        for (Desk* desk : {&first, &second})
-            QVERIFY(desk->ask(QStringLiteral("exchange.local_plugins_info"), Desk::payload(COMMAND_LIST{{8, window}})).ok());
+        const unsigned int reader = first.mirror.objects(DEVICE_DATANAME)->cbegin()->uid;
+        for (Desk* desk : {&first, &second}) {
+            QVERIFY(desk->ask(QStringLiteral("exchange.local_plugins_info"), Desk::payload(COMMAND_LIST{{8, pushed}})).ok());
+            QVERIFY(desk->ask(QStringLiteral("devices.bind"),
+                              Desk::payload(PluginIdentity, reader, QStringList{DEVICE_COMMAND_READ_CARD})).ok());
+        }
         QSignalSpy atFirst(&first.client, &vdserver::ServerClient::pushed);
         QSignalSpy atSecond(&second.client, &vdserver::ServerClient::pushed);
 
-        const unsigned int worker = first.mirror.objects(SUBJECT_DATANAME)->cbegin()->uid;
-        QVERIFY(first.ask(window, Desk::payload(worker, QStringLiteral("first desk"))).ok());
+        QByteArray arguments;
+        if (command == QLatin1String("show:fingerprintwidget"))
+            arguments = Desk::payload(first.mirror.objects(SUBJECT_DATANAME)->cbegin()->uid, QStringLiteral("first desk"));
+        else if (command == QLatin1String("db.async"))
+            arguments = Desk::payload(PluginIdentity, QStringLiteral("get_fingers"), DbQuery());
+        else
+            arguments = Desk::payload(PluginIdentity, reader);
+        const Command asked = first.ask(command, arguments);
+        QVERIFY2(asked.ok(), qPrintable(Desk::text(asked)));
         QTRY_COMPARE(atFirst.count(), 1);
-        QCOMPARE(atFirst.at(0).at(0).value<Command>().name, window);
+        QCOMPARE(atFirst.at(0).at(0).value<Command>().name, pushed);
         // The second desk's own query, answered after the push, proves the push has gone by.
         QVERIFY(second.ask(vdserver::wire::Ping).ok());
         QCOMPARE(atSecond.count(), 0);
