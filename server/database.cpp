@@ -84,6 +84,22 @@ bool Database::open(const StoreLocation& location)
     return true;
 }
 
+bool Database::reopen()
+{
+    const StoreLocation location = m_location;
+    return open(location);
+}
+
+bool Database::isAlive()
+{
+    if (!m_database.isOpen())
+        return false;
+    if (engine() == Engine::SQLite)
+        return true;
+    QSqlQuery probe(m_database);
+    return probe.exec(QStringLiteral("SELECT 1")) && probe.next();
+}
+
 QSqlDatabase Database::addConnection(const StoreLocation& location, const QString& connectionName)
 {
     if (location.engine() == Engine::SQLite) {

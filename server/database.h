@@ -34,6 +34,12 @@ public:
     Q_DISABLE_COPY(Database)
 
     bool open(const StoreLocation& location);
+    // Connects again to the store it had open, as open() does, the lock included; false, with
+    // errorString(), when it can't.
+    bool reopen();
+    // Whether the connection still answers a statement: a PostgreSQL server may have restarted,
+    // or ended this connection, since the last one. An open SQLite file always answers.
+    bool isAlive();
     // A connection to `location` under `connectionName`, set up but not opened and not checked.
     static QSqlDatabase addConnection(const StoreLocation& location, const QString& connectionName);
     void close();

@@ -16,6 +16,12 @@ using vorandel::ObjectInfo;
 using vorandel::TYPE_ID;
 
 namespace {
+// A connection that has been quiet for this long is asked whether it still answers before the
+// next transaction, so that a database server restarted meanwhile costs no operator his change.
+constexpr int ProbeAfterIdleMs = 1000;
+// Each try to reach a lost database may wait for its connect timeout.
+constexpr int ReconnectEveryMs = 2000;
+
 std::map<QString, vorandel::OBJECT_HASH> emptyTables()
 {
     std::map<QString, vorandel::OBJECT_HASH> tables;
@@ -69,7 +75,9 @@ bool ObjectStore::open(const StoreLocation& location)
     for (const QString& type : qAsConst(unknownTypes))
         qCWarning(lcServer) << "the store holds objects of the type" << type << "that this server does not keep";
 
-    m_tables = std::move(tables);
+    // Table by table, so that the pointers that objects() handed out stay valid.
+    for (auto& [dataname, objects] : tables)
+        m_tables[dataname] = std::move(objects);
     m_settings = records->settings();
     m_schedules = records->schedules();
     m_accounts = records->accounts();
@@ -82,6 +90,8 @@ bool ObjectStore::open(const StoreLocation& location)
     // The records refer to the database: they go first.
     m_records = std::move(records);
     m_database = std::move(database);
+    m_suspect = m_commitUncertain = false;
+    m_lastContact.start();
     return true;
 }
 
@@ -104,8 +114,14 @@ bool ObjectStore::commit()
             m_savedUid = m_lastUid;
         m_undo.clear();
         m_inTransaction = false;
+        m_lastContact.start();
         return true;
     }
+    // A statement that failed was undone by the database; a commit that failed may have been
+    // kept if the connection went with it.
+    m_suspect = true;
+    if (m_failure.isEmpty())
+        m_commitUncertain = true;
     const QString failure = m_failure.isEmpty() ? m_database->errorString() : m_failure;
     qCWarning(lcServer).noquote() << "fail to keep the changes in" << m_database->location().displayName() << failure;
     rollback();
@@ -123,6 +139,64 @@ void ObjectStore::rollback()
     m_changes = std::exchange(m_changesAtBegin, {});
     m_failure.clear();
     m_inTransaction = false;
+}
+
+bool ObjectStore::keepConnected()
+{
+    Q_ASSERT(!m_inTransaction);
+    if (m_database->engine() != StoreLocation::Engine::PostgreSQL)
+        return false;
+    if (!m_suspect && !m_lastContact.hasExpired(ProbeAfterIdleMs))
+        return false;
+    if (m_database->isAlive()) {
+        // Whatever failed, the database said so, and undid it.
+        m_suspect = m_commitUncertain = false;
+        m_lastContact.start();
+        return false;
+    }
+    m_suspect = true;
+    if (m_lastReconnect.isValid() && !m_lastReconnect.hasExpired(ReconnectEveryMs))
+        return false;
+    m_lastReconnect.start();
+    const StoreLocation location = m_database->location();
+    qCWarning(lcServer).noquote() << "lost the connection to the store" << location.displayName()
+                                  << "- connecting again";
+    if (!m_commitUncertain) {
+        if (!m_database->reopen()) {
+            qCWarning(lcServer).noquote() << "fail to reach the store:" << m_database->errorString();
+            return false;
+        }
+        m_suspect = false;
+        m_lastContact.start();
+        qCInfo(lcServer).noquote() << "connected to the store" << location.displayName() << "again";
+        return false;
+    }
+
+    const std::map<QString, vorandel::OBJECT_HASH> before = m_tables;  // shared, not copied
+    const ObjectChanges noted = m_changes;
+    const TYPE_ID handedOut = m_lastUid;
+    if (!open(location)) {
+        qCWarning(lcServer).noquote() << "fail to reach the store:" << m_error;
+        return false;
+    }
+    m_changes = noted;
+    // A uid handed out for a commit that was not kept is not given again all the same.
+    m_lastUid = std::max(m_lastUid, handedOut);
+    for (const auto& [dataname, now] : m_tables) {
+        const vorandel::OBJECT_HASH& then = before.at(dataname);
+        for (auto it = now.cbegin(); it != now.cend(); ++it) {
+            const auto held = then.constFind(it.key());
+            if (held == then.cend() || !(*held == *it))
+                m_changes.changed[dataname].insert(it.key());
+        }
+        for (auto it = then.cbegin(); it != then.cend(); ++it) {
+            if (!now.contains(it.key()))
+                m_changes.removed[dataname].insert(it.key());
+        }
+    }
+    qCInfo(lcServer).noquote() << "connected to the store" << location.displayName()
+                               << "again and read it afresh, as the last commit may have been kept";
+    return true;
 }
 
 QStringList ObjectStore::datanames()

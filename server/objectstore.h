@@ -7,6 +7,7 @@
 
 #include <QByteArray>
 #include <QCoreApplication>
+#include <QElapsedTimer>
 #include <QHash>
 #include <QMap>
 #include <QPair>
@@ -73,12 +74,21 @@ public:
     bool commit();
     void rollback();
 
+    // Between transactions: makes sure that the database still answers, and connects again when
+    // it doesn't (a PostgreSQL server that restarted, or ended this connection). A commit whose
+    // fate was lost with the connection may have been kept all the same: then the objects are
+    // read afresh, and what differs from memory is noted as changes. True when it read them
+    // afresh. A database that can't be reached is tried again at most every two seconds;
+    // meanwhile transactions fail, with the database's reason.
+    bool keepConnected();
+
     // The datanames in the order in which a reader best takes them: what others refer to first.
     static QStringList datanames();
     // The dataname that holds objects of this type; empty for a type the server doesn't keep.
     static QString datanameForType(const QString& type);
 
-    // The table of a dataname; null for an unknown one. The pointer stays valid until open().
+    // The table of a dataname; null for an unknown one. The pointer stays valid as long as the
+    // store, though open() and keepConnected() may fill the table afresh.
     const vorandel::OBJECT_HASH* objects(const QString& dataname) const;
     // An object by uid, whatever its dataname; null when there is none.
     const vorandel::ObjectInfo* object(vorandel::TYPE_ID uid) const;
@@ -148,6 +158,13 @@ private:
     QHash<QString, QString> m_settings;
     VDHash<int, vorandel::SCHEDULE_DATA> m_schedules;
     QMap<vorandel::TYPE_ID, QStringList> m_accounts;
+
+    // The connection: when it last answered, whether a failure makes it doubtful, whether a
+    // commit failed without the database saying that it was undone, when it was last tried again.
+    QElapsedTimer m_lastContact;
+    bool m_suspect = false;
+    bool m_commitUncertain = false;
+    QElapsedTimer m_lastReconnect;
 
     // The open transaction.
     bool m_inTransaction = false;

@@ -205,6 +205,7 @@ void Server::receive(Peer* peer, const Command& query, std::function<void(Comman
 
 void Server::run(Peer& from, const Command& query, const std::function<void(Command&)>& reply)
 {
+    keepStoreConnected();
     m_store.begin();
     Reply result = handle(from, query);
     if (!result.ok())
@@ -221,6 +222,22 @@ void Server::run(Peer& from, const Command& query, const std::function<void(Comm
         reply(answer);
     if (alive)
         announce(changes);
+}
+
+QByteArray Server::passwordHash(TYPE_ID user)
+{
+    keepStoreConnected();
+    return m_store.passwordHash(user);
+}
+
+void Server::keepStoreConnected()
+{
+    if (!m_store.keepConnected())
+        return;
+    // Read afresh: whatever differs from what the consoles were told goes out to them.
+    announce(m_store.takeChanges());
+    emit settingsChanged(m_store.settings());
+    emit schedulesChanged(m_store.schedules());
 }
 
 void Server::addPeer(Peer* peer)

@@ -42,6 +42,8 @@ struct Reply;
 //
 // Each query is one transaction of the store: what it changes is kept whole, before the answer
 // goes out, or not at all when it is refused or cannot be kept ("error_db: " and the reason).
+// A PostgreSQL server that restarts, or ends the store's connection, is connected to again
+// before the next query (ObjectStore::keepConnected).
 //
 // Queries come from peers: the console that embeds the server sends through send(), consoles on
 // the network through receive(). A command that the server pushes goes to every peer whose
@@ -79,7 +81,7 @@ public:
     // Ends a session of that peer; one that another peer has taken over stays.
     void closeSession(const QByteArray& sessionId, const Peer& peer);
     // The hash of a user's password; empty when he has none.
-    QByteArray passwordHash(vorandel::TYPE_ID user) const { return m_store.passwordHash(user); }
+    QByteArray passwordHash(vorandel::TYPE_ID user);
     // Sets a user's password; false, with errorString(), for an unknown login or a failed write.
     bool setPassword(const QString& login, const QString& password);
 
@@ -126,6 +128,9 @@ private:
     void announce(const ObjectChanges& changes);
     void push(const Command& command, quint64 to);
     void endSessions();
+    // Between queries: a store on a database server that has gone and come back is connected
+    // again, and what it holds differently from memory is announced.
+    void keepStoreConnected();
 
     ObjectStore m_store;
     QHash<QByteArray, Session> m_sessions;

@@ -96,6 +96,22 @@ QByteArray fileState(const QString& path)
     return state;
 }
 
+// Kills the process of PostgreSQL that serves the server's connection to this store: the one
+// that holds the store's lock.
+bool killStoreConnection(const TestStore& store)
+{
+    QString error;
+    const std::optional<QStringList> killed = store.execute(
+        {"SELECT pg_terminate_backend(pid) FROM pg_locks WHERE locktype = 'advisory' AND classid = 30276 "
+         "AND objid = hashtext(current_schema())::oid AND pid <> pg_backend_pid()"},
+        &error);
+    if (!killed || killed->value(0) != QLatin1String("true")) {
+        qWarning().noquote() << "no connection killed:" << error << (killed ? killed->join(',') : QString());
+        return false;
+    }
+    return true;
+}
+
 // The answer to an asynchronous database query: its status and its text or first cell.
 QPair<int, QString> askDatabase(ServerFixture& f, const QString& statement)
 {
@@ -316,6 +332,69 @@ private slots:
         QVERIFY(raise(f, Visitor) != 0);
         QVERIFY(f.reopen());
         QCOMPARE(f.objects(PASS_REQUEST_DATANAME).size(), before.value(PASS_REQUEST_DATANAME).size() + 1);
+    }
+
+    // A PostgreSQL server that ends the store's connection (restarted, or the connection's
+    // process killed) costs the server no more than the query that met the loss, refused whole:
+    // it connects again, and what it kept before and after is there.
+    void aLostConnectionIsMadeAgain_data()
+    {
+        QTest::addColumn<bool>("quiet");  // whether the server had a moment's rest after the loss
+        QTest::newRow("while quiet") << true;
+        QTest::newRow("while busy") << false;
+    }
+
+    void aLostConnectionIsMadeAgain()
+    {
+        QFETCH(bool, quiet);
+        if (!TestStore::onPostgres())
+            QSKIP("An SQLite file has no connection to lose.");
+        ServerFixture f;
+        const TYPE_ID before = raise(f, Visitor);
+        QVERIFY(before != 0);
+        QVERIFY(killStoreConnection(f.store));
+        if (quiet)
+            QTest::qWait(1100);
+        TYPE_ID after = raise(f, Visitor);
+        if (!quiet && after == 0)
+            after = raise(f, Visitor);
+        QVERIFY(after != 0);
+        QVERIFY2(f.reopen(), qPrintable(f.server.errorString()));
+        QVERIFY(f.object(PASS_REQUEST_DATANAME, before).isValid());
+        QVERIFY(f.object(PASS_REQUEST_DATANAME, after).isValid());
+    }
+
+    // A commit that met the loss may have been kept or not, and the server can't tell which: it
+    // reads the store afresh and tells the consoles what differs from what they were told.
+    void aCommitLostWithItsConnectionReadsTheStoreAfresh()
+    {
+        if (!TestStore::onPostgres())
+            QSKIP("An SQLite file has no connection to lose.");
+        ServerFixture f;
+        const TYPE_ID gone = raise(f, Visitor);
+        QVERIFY(gone != 0);
+        // The connection ends in the middle of the next commit.
+        QString error;
+        QVERIFY2(f.store.execute({"CREATE FUNCTION end_connection() RETURNS trigger LANGUAGE plpgsql AS $$ "
+                                  "BEGIN PERFORM pg_terminate_backend(pg_backend_pid()); RETURN NULL; END $$",
+                                  "CREATE CONSTRAINT TRIGGER end_connection AFTER INSERT ON objects DEFERRABLE "
+                                  "INITIALLY DEFERRED FOR EACH ROW EXECUTE FUNCTION end_connection()"},
+                                 &error),
+                 qPrintable(error));
+        QCOMPARE(raise(f, Visitor), TYPE_ID(0));
+        // Meanwhile the store has changed behind the server's back.
+        QVERIFY2(f.store.execute({"DROP TRIGGER end_connection ON objects",
+                                  QStringLiteral("DELETE FROM objects WHERE uid = %1").arg(gone)},
+                                 &error),
+                 qPrintable(error));
+
+        QSignalSpy removed(&f.server, &Server::objectsRemoved);
+        const TYPE_ID next = raise(f, Visitor);
+        QVERIFY(next != 0);
+        QTRY_COMPARE(removed.count(), 1);
+        QCOMPARE(removed.first().at(1).value<QList<TYPE_ID>>(), QList<TYPE_ID>{gone});
+        QVERIFY(!f.object(PASS_REQUEST_DATANAME, gone).isValid());
+        QVERIFY(f.object(PASS_REQUEST_DATANAME, next).isValid());
     }
 
     void refusesWhatIsNotItsStore_data()
