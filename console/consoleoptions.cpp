@@ -4,24 +4,14 @@
 #include <QCoreApplication>
 #include <QDir>
 
-namespace {
-ConsoleOptions::Parsed failure(const QString& text)
-{
-    ConsoleOptions::Parsed parsed;
-    parsed.outcome = ConsoleOptions::Parsed::Error;
-    parsed.text = text;
-    return parsed;
-}
-}  // namespace
-
 ConsoleOptions::Parsed ConsoleOptions::parse(const QStringList& arguments)
 {
     QCommandLineParser parser;
     parser.setApplicationDescription(
         tr("Operator console: runs its plug-ins against an embedded server that keeps its data in a database, "
            "or against a standalone server (vdserver) on the network."));
-    const QCommandLineOption help = parser.addHelpOption();
-    const QCommandLineOption version = parser.addVersionOption();
+    parser.addHelpOption();
+    parser.addVersionOption();
     const QCommandLineOption user(
         QStringLiteral("user"),
         tr("Log in as the seeded user LOGIN (default: an administrator); with --server, the login that the "
@@ -78,26 +68,11 @@ ConsoleOptions::Parsed ConsoleOptions::parse(const QStringList& arguments)
     parser.addOptions(
         {user, server, requests, database, screenshot, click, rows, action, page, input, mainWindow, plugins});
 
-    if (!parser.parse(arguments))
-        return failure(parser.errorText());
+    if (std::optional<Parsed> settled = Parsed::settle(parser, arguments))
+        return *settled;
+    const auto failure = &Parsed::failure;
 
     Parsed parsed;
-    if (parser.isSet(help)) {
-        parsed.outcome = Parsed::Help;
-        parsed.text = parser.helpText();
-        return parsed;
-    }
-    if (parser.isSet(version)) {
-        parsed.outcome = Parsed::Version;
-        parsed.text = QStringLiteral("%1 %2\n").arg(QCoreApplication::applicationName(),
-                                                    QCoreApplication::applicationVersion());
-        return parsed;
-    }
-    if (!parser.positionalArguments().isEmpty()) {
-        return failure(tr("Unexpected argument '%1'; see --help.")
-                           .arg(parser.positionalArguments().constFirst()));
-    }
-
     ConsoleOptions& options = parsed.options;
     if (parser.isSet(user)) {
         options.user = parser.value(user).trimmed();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "commandline.h"
 #include "keystrokes.h"
 #include "serveroptions.h"
 #include "storelocation.h"
@@ -47,22 +48,8 @@ public:
     // A standalone server to use instead of the embedded one.
     std::optional<vdserver::Endpoint> server;
 
-    struct Parsed;
+    using Parsed = vdserver::ParsedCommandLine<ConsoleOptions>;
     // Reads the arguments, the program's name first. Needs the application object for the
     // help text and the default plug-in folder (next to the binary).
     static Parsed parse(const QStringList& arguments);
-};
-
-struct ConsoleOptions::Parsed
-{
-    enum Outcome {
-        Run,      // `options` holds what to do
-        Help,     // print `text` to standard output and exit with success
-        Version,  // likewise
-        Error,    // print `text` to standard error and exit with failure
-    };
-
-    Outcome outcome = Error;
-    ConsoleOptions options;
-    QString text;
 };

@@ -43,17 +43,8 @@ int main(int argc, char* argv[])
         qputenv("TZ", ":/etc/localtime");
 
     const ConsoleOptions::Parsed parsed = parseOptions(argc, argv);
-    switch (parsed.outcome) {
-    case ConsoleOptions::Parsed::Help:
-    case ConsoleOptions::Parsed::Version:
-        QTextStream(stdout) << parsed.text;
-        return 0;
-    case ConsoleOptions::Parsed::Error:
-        QTextStream(stderr) << parsed.text << Qt::endl;
-        return 2;
-    case ConsoleOptions::Parsed::Run:
-        break;
-    }
+    if (const std::optional<int> exitCode = parsed.answer())
+        return *exitCode;
     if (!hasDisplay()) {
         // Still of use for --screenshot, which renders off screen.
         qputenv("QT_QPA_PLATFORM", "offscreen");

@@ -87,17 +87,8 @@ int main(int argc, char* argv[])
                                       "%{if-critical}error: %{endif}%{message}"));
 
     const vdserver::ServerOptions::Parsed parsed = vdserver::ServerOptions::parse(QCoreApplication::arguments());
-    switch (parsed.outcome) {
-    case vdserver::ServerOptions::Parsed::Help:
-    case vdserver::ServerOptions::Parsed::Version:
-        QTextStream(stdout) << parsed.text;
-        return 0;
-    case vdserver::ServerOptions::Parsed::Error:
-        QTextStream(stderr) << parsed.text << Qt::endl;
-        return 2;
-    case vdserver::ServerOptions::Parsed::Run:
-        break;
-    }
+    if (const std::optional<int> exitCode = parsed.answer())
+        return *exitCode;
     const vdserver::ServerOptions& options = parsed.options;
 
     vdserver::StoreLocation location;

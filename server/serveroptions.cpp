@@ -4,15 +4,6 @@
 
 namespace vdserver {
 
-namespace {
-ServerOptions::Parsed failure(const QString& text)
-{
-    ServerOptions::Parsed parsed;
-    parsed.text = text;
-    return parsed;
-}
-}  // namespace
-
 std::optional<Endpoint> Endpoint::parse(const QString& text, bool anyPort, QString* error)
 {
     const int colon = text.lastIndexOf(QLatin1Char(':'));
@@ -39,8 +30,8 @@ ServerOptions::Parsed ServerOptions::parse(const QStringList& arguments)
     parser.setApplicationDescription(
         tr("The server of the operator consoles: keeps the objects in a database and serves the consoles that "
            "connect to it over TCP (vdconsole --server HOST:PORT)."));
-    const QCommandLineOption help = parser.addHelpOption();
-    const QCommandLineOption version = parser.addVersionOption();
+    parser.addHelpOption();
+    parser.addVersionOption();
     const QCommandLineOption listen(
         QStringLiteral("listen"),
         tr("Listen on ADDRESS:PORT (default: 127.0.0.1:%1, this machine only). 0.0.0.0 or [::] for every "
@@ -66,23 +57,11 @@ ServerOptions::Parsed ServerOptions::parse(const QStringList& arguments)
         tr("Set the password of LOGIN to the first line of standard input, and exit."), QStringLiteral("LOGIN"));
     parser.addOptions({listen, database, requests, idle, setPassword});
 
-    if (!parser.parse(arguments))
-        return failure(parser.errorText());
-    Parsed parsed;
-    if (parser.isSet(help)) {
-        parsed.outcome = Parsed::Help;
-        parsed.text = parser.helpText();
-        return parsed;
-    }
-    if (parser.isSet(version)) {
-        parsed.outcome = Parsed::Version;
-        parsed.text = QStringLiteral("%1 %2\n").arg(QCoreApplication::applicationName(),
-                                                    QCoreApplication::applicationVersion());
-        return parsed;
-    }
-    if (!parser.positionalArguments().isEmpty())
-        return failure(tr("Unexpected argument '%1'; see --help.").arg(parser.positionalArguments().constFirst()));
+    if (std::optional<Parsed> settled = Parsed::settle(parser, arguments))
+        return *settled;
+    const auto failure = &Parsed::failure;
 
+    Parsed parsed;
     ServerOptions& options = parsed.options;
     if (parser.isSet(listen)) {
         QString error;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "commandline.h"
 #include "storelocation.h"
 
 #include <QCoreApplication>
@@ -39,23 +40,9 @@ public:
     int idleTimeoutMs = 30000;
     QString setPasswordOf;  // set this login's password, read from standard input, and exit
 
-    struct Parsed;
+    using Parsed = ParsedCommandLine<ServerOptions>;
     // Reads the arguments, the program's name first.
     static Parsed parse(const QStringList& arguments);
-};
-
-struct ServerOptions::Parsed
-{
-    enum Outcome {
-        Run,      // `options` holds what to do
-        Help,     // print `text` to standard output and exit with success
-        Version,  // likewise
-        Error,    // print `text` to standard error and exit with failure
-    };
-
-    Outcome outcome = Error;
-    ServerOptions options;
-    QString text;
 };
 
 }  // namespace vdserver
