@@ -68,8 +68,11 @@ void StoreMirror::take(const Command& command)
         if (vdstream::readAll(in, dataname, uids))
             takeRemoved(dataname, uids);
     } else if (command.name == wire::StoreSettings) {
-        if (vdstream::readAll(in, m_settings))
+        QHash<QString, QString> settings;
+        if (vdstream::readAll(in, settings)) {
+            m_settings = settings;
             emit settingsChanged(m_settings);
+        }
     } else if (command.name == wire::StoreSchedules) {
         QHash<int, vorandel::SCHEDULE_DATA> schedules;
         if (vdstream::readAll(in, schedules)) {

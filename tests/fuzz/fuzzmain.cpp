@@ -24,7 +24,7 @@ namespace {
 
 QList<FuzzTarget> allTargets()
 {
-    return recordTargets() + tabTargets() + serverTargets();
+    return recordTargets() + tabTargets() + serverTargets() + consoleTargets();
 }
 
 const FuzzTarget* selected = nullptr;

@@ -21,6 +21,8 @@ struct FuzzTarget
 QList<FuzzTarget> recordTargets();
 QList<FuzzTarget> tabTargets();
 QList<FuzzTarget> serverTargets();
+// A networked console's reading of what its server pushes.
+QList<FuzzTarget> consoleTargets();
 
 // Stops the run the way a sanitizer would, so that libFuzzer keeps the input: for a property
 // that doesn't hold rather than for memory gone wrong.
