@@ -58,6 +58,9 @@ ClientConnection::ClientConnection(QTcpSocket* socket, Server& server, LoginGate
       m_address(QStringLiteral("%1:%2").arg(socket->peerAddress().toString()).arg(socket->peerPort()))
 {
     socket->setParent(this);
+    // An answer and the pushes behind it are small frames written one after another: held back
+    // until the console acknowledges the first, they would wait for its delayed acknowledgement.
+    socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
     m_idle.setSingleShot(true);
     m_idle.setInterval(idleTimeoutMs);
     connect(&m_idle, &QTimer::timeout, this, [this] { close(QStringLiteral("silent for %1 ms").arg(m_idle.interval())); });
