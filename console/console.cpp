@@ -19,6 +19,8 @@
 #include <QApplication>
 #include <QDir>
 #include <QEventLoop>
+#include <QFileInfo>
+#include <QLocale>
 #include <QPointer>
 #include <QProgressDialog>
 #include <QStandardPaths>
@@ -33,6 +35,8 @@ namespace {
 const QString StoreFileName = QStringLiteral("store.sqlite");
 // From this many requests on, the console says what it is doing while the tab fills its table.
 constexpr int ManyRequests = 5000;
+// A store file of about as many requests, which the server takes a moment to read.
+constexpr qint64 LargeStoreBytes = 4 * 1024 * 1024;
 
 // A window that says what the console is busy with; it shows only if that takes a while.
 std::unique_ptr<QProgressDialog> progressWindow(const QString& text)
@@ -128,7 +132,17 @@ bool Console::openStore()
         const QString name = fresh ? QStringLiteral("demo-%1.sqlite").arg(*m_options.requests) : StoreFileName;
         location = vdserver::StoreLocation::file(QDir(folder).filePath(name));
     }
-    if (!m_server->open(location)) {
+    std::unique_ptr<QProgressDialog> opening;
+    if (location.engine() == vdserver::StoreLocation::Engine::SQLite
+        && QFileInfo(location.path()).size() >= LargeStoreBytes) {
+        // The server reads the whole store before anything else can show: the window comes first.
+        opening = progressWindow(tr("Открытие хранилища %1…").arg(QDir::toNativeSeparators(location.path())));
+        opening->show();
+        QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+    }
+    const bool opened = m_server->open(location);
+    opening.reset();
+    if (!opened) {
         m_error = m_server->errorString();
         return false;
     }
@@ -146,7 +160,8 @@ bool Console::openStore()
     vdserver::SeedOptions seed;
     if (fresh)
         seed.requests = *m_options.requests;
-    const auto progress = progressWindow(tr("Создание демонстрационных данных: %1 заявок…").arg(seed.requests));
+    const auto progress =
+        progressWindow(tr("Создание демонстрационных данных (заявок: %1)…").arg(QLocale().toString(seed.requests)));
     const bool seeded = m_server->seed(seed, [&progress](int done, int total) {
         progress->setMaximum(total);
         progress->setValue(done);
@@ -288,7 +303,7 @@ void Console::start()
                                                      : m_mirror->objects(vorandel::PASS_REQUEST_DATANAME);
     if (requests && requests->size() >= ManyRequests) {
         // The tabs fill their tables in one go: the window is shown and painted before.
-        progress = progressWindow(tr("Заполнение таблицы: %1 заявок…").arg(requests->size()));
+        progress = progressWindow(tr("Заполнение таблицы (заявок: %1)…").arg(QLocale().toString(requests->size())));
         progress->show();
         QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
     }

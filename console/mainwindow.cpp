@@ -9,6 +9,7 @@
 #include <QCloseEvent>
 #include <QIcon>
 #include <QLabel>
+#include <QLocale>
 #include <QShortcut>
 #include <QTimer>
 
@@ -132,6 +133,9 @@ void MainWindow::followCurrentTable()
 void MainWindow::showRowCounts(int shown, int total)
 {
     const QString page = ui->tabs->tabText(ui->tabs->currentIndex()).remove(QLatin1Char('&'));
-    m_rowsLabel->setText(shown == total ? tr("%1: %2").arg(page).arg(total)
-                                        : tr("%1: показано %2 из %3").arg(page).arg(shown).arg(total));
+    // Counts of six digits read better grouped, as the operator's language groups them.
+    const QLocale locale;
+    m_rowsLabel->setText(shown == total
+                             ? tr("%1: %2").arg(page, locale.toString(total))
+                             : tr("%1: показано %2 из %3").arg(page, locale.toString(shown), locale.toString(total)));
 }

@@ -486,11 +486,11 @@ private slots:
         auto* rows = window->findChild<QLabel*>(QStringLiteral("rowsLabel"));
         QVERIFY(rows);
         const int requests = int(vorandel::LocalStorage::instance()->constObjects(QStringLiteral("pass_request"))->size());
-        QTRY_COMPARE(rows->text(), QStringLiteral("Заявки: %1").arg(requests));
+        QTRY_COMPARE(rows->text(), QStringLiteral("Заявки: %1").arg(QLocale().toString(requests)));
 
         window->findChild<QAbstractButton*>(QStringLiteral("tbRejected"))->click();
         QVERIFY(rows->text().startsWith(QStringLiteral("Заявки: показано ")));
-        QVERIFY(rows->text().endsWith(QStringLiteral(" из %1").arg(requests)));
+        QVERIFY(rows->text().endsWith(QStringLiteral(" из %1").arg(QLocale().toString(requests))));
 
         window->activateWindow();
         QVERIFY(QTest::qWaitForWindowActive(window));
