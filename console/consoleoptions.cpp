@@ -144,15 +144,15 @@ ConsoleOptions::Parsed ConsoleOptions::parse(const QStringList& arguments)
             return failure(tr("--screenshot-page takes a page number from 0, not '%1'.").arg(parser.value(page)));
     }
     const QStringList typed = parser.values(input);
-    for (const QString& spec : typed) {
-        const int equals = spec.indexOf(QLatin1Char('='));
-        const QString object = spec.left(equals).trimmed();
+    for (const QString& given : typed) {
+        const int equals = given.indexOf(QLatin1Char('='));
+        const QString object = given.left(equals).trimmed();
         if (equals < 0 || object.isEmpty())
-            return failure(tr("--screenshot-input takes OBJECT=TEXT, not '%1'.").arg(spec));
+            return failure(tr("--screenshot-input takes OBJECT=TEXT, not '%1'.").arg(given));
         QString error;
-        const std::optional<Keystrokes> keys = Keystrokes::parse(spec.mid(equals + 1), &error);
+        const std::optional<Keystrokes> keys = Keystrokes::parse(given.mid(equals + 1), &error);
         if (!keys)
-            return failure(tr("--screenshot-input '%1': %2.").arg(spec, error));
+            return failure(tr("--screenshot-input '%1': %2.").arg(given, error));
         script.inputs.append({object, *keys});
     }
     script.mainWindow = parser.isSet(mainWindow);
