@@ -49,6 +49,15 @@ std::unique_ptr<QProgressDialog> progressWindow(const QString& text)
     window->setAutoReset(false);
     return window;
 }
+
+// The same, shown and painted at once: for work that blocks the event loop from its start.
+std::unique_ptr<QProgressDialog> shownProgressWindow(const QString& text)
+{
+    auto window = progressWindow(text);
+    window->show();
+    QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+    return window;
+}
 }  // namespace
 
 Console::Console(const ConsoleOptions& options, QObject* parent) : QObject(parent), m_options(options)
@@ -136,9 +145,7 @@ bool Console::openStore()
     if (location.engine() == vdserver::StoreLocation::Engine::SQLite
         && QFileInfo(location.path()).size() >= LargeStoreBytes) {
         // The server reads the whole store before anything else can show: the window comes first.
-        opening = progressWindow(tr("Открытие хранилища %1…").arg(QDir::toNativeSeparators(location.path())));
-        opening->show();
-        QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+        opening = shownProgressWindow(tr("Открытие хранилища %1…").arg(QDir::toNativeSeparators(location.path())));
     }
     const bool opened = m_server->open(location);
     opening.reset();
@@ -303,9 +310,8 @@ void Console::start()
                                                      : m_mirror->objects(vorandel::PASS_REQUEST_DATANAME);
     if (requests && requests->size() >= ManyRequests) {
         // The tabs fill their tables in one go: the window is shown and painted before.
-        progress = progressWindow(tr("Заполнение таблицы (заявок: %1)…").arg(QLocale().toString(requests->size())));
-        progress->show();
-        QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+        progress =
+            shownProgressWindow(tr("Заполнение таблицы (заявок: %1)…").arg(QLocale().toString(requests->size())));
     }
     if (m_server)
         m_host.start(m_window->tabs(), m_server.get());
