@@ -1,4 +1,3 @@
-#include "requestfilterwidgettest.h"
 #include "requestinfopaneltest.h"
 #include "requestmodeltest.h"
 
@@ -40,10 +39,9 @@ int main(int argc, char* argv[])
     installIconTheme(icons.path());
 
     RequestModelTest model;
-    RequestFilterWidgetTest filter;
     RequestInfoPanelTest panel;
     int failed = 0;
-    for (QObject* test : {static_cast<QObject*>(&model), static_cast<QObject*>(&filter), static_cast<QObject*>(&panel)})
+    for (QObject* test : {static_cast<QObject*>(&model), static_cast<QObject*>(&panel)})
         failed += QTest::qExec(test, argc, argv);
     return failed;
 }

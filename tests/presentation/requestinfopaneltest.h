@@ -2,7 +2,7 @@
 
 #include <QObject>
 
-// The information card: its sections for one request, the count for several, and blank.
+// The information card of one request: its sections, and what it says of what is unknown.
 class RequestInfoPanelTest : public QObject
 {
     Q_OBJECT
@@ -11,5 +11,4 @@ private slots:
 
     void card_data();
     void card();
-    void severalRowsAndBlank();
 };

@@ -2,7 +2,8 @@
 
 #include <QObject>
 
-// The table's cells as the view, the proxy and the card read them.
+// The table's cells as the view, the proxy and the card read them, and the state buttons that
+// filter them.
 class RequestModelTest : public QObject
 {
     Q_OBJECT
@@ -11,11 +12,12 @@ private slots:
 
     void state_data();
     void state();
-    void stateSetByHand();
     void cellsFromTheStore_data();
     void cellsFromTheStore();
     void worker_data();
     void worker();
     void dates_data();
     void dates();
+    void stateFilter_data();
+    void stateFilter();
 };

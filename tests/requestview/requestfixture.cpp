@@ -43,17 +43,6 @@ ObjectInfo worker(TYPE_ID uid, const QString& surname, const QString& name, cons
     return info;
 }
 
-ObjectInfo user(TYPE_ID uid, const QString& login, const QString& surname)
-{
-    ObjectInfo info;
-    info.uid = uid;
-    info.type = QStringLiteral("OT_USER");
-    info.parameters.insert(QStringLiteral("PT_LOGIN"), login);
-    if (!surname.isEmpty())
-        info.parameters.insert(QStringLiteral("PT_SURNAME"), surname);
-    return info;
-}
-
 ObjectInfo policy(TYPE_ID uid, const QString& name)
 {
     ObjectInfo info;
@@ -131,8 +120,10 @@ void RequestFixture::select(const QList<TYPE_ID>& uids)
     QItemSelectionModel* selection = table()->selectionModel();
     selection->clearSelection();
     const QAbstractItemModel* model = rows();
-    for (int row = 0; row < model->rowCount(); ++row) {
-        if (uids.contains(model->index(row, 0).data().toUInt()))
-            selection->select(model->index(row, 0), QItemSelectionModel::Select | QItemSelectionModel::Rows);
+    for (const TYPE_ID uid : uids) {
+        for (int row = 0; row < model->rowCount(); ++row) {
+            if (model->index(row, 0).data().toUInt() == uid)
+                selection->select(model->index(row, 0), QItemSelectionModel::Select | QItemSelectionModel::Rows);
+        }
     }
 }

@@ -19,7 +19,6 @@ namespace make {
 vorandel::ObjectInfo request(vorandel::TYPE_ID uid, int state, vorandel::TYPE_ID worker = 0);
 vorandel::ObjectInfo worker(vorandel::TYPE_ID uid, const QString& surname, const QString& name = QString(),
                             const QString& patronymic = QString(), const QString& number = QString());
-vorandel::ObjectInfo user(vorandel::TYPE_ID uid, const QString& login, const QString& surname = QString());
 vorandel::ObjectInfo policy(vorandel::TYPE_ID uid, const QString& name);
 // Adds approvers (users) with priorities to the chain of a request, then who has confirmed.
 void chain(vorandel::ObjectInfo& request, const QList<QPair<vorandel::TYPE_ID, unsigned int>>& approvers);
@@ -45,7 +44,7 @@ public:
     QAbstractItemModel* rows() const;  // what the table shows
     QAction* action(const char* name) const;
     QList<vorandel::TYPE_ID> shownUids() const;
-    void select(const QList<vorandel::TYPE_ID>& uids);
+    void select(const QList<vorandel::TYPE_ID>& uids);  // in this order
 
 private:
     TestEnvironment m_environment;

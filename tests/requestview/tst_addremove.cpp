@@ -9,7 +9,6 @@
 #include "requestviewdelegate.h"
 #include "vdtableview.h"
 
-#include <QAbstractButton>
 #include <QApplication>
 #include <QListView>
 #include <QMessageBox>
@@ -21,27 +20,6 @@
 using namespace vorandel;
 
 namespace {
-
-const QString RemoveObject = QStringLiteral("data.removeObject");
-const QString DismissWorker = QStringLiteral("data.dismissWorker");
-
-ObjectInfo linkedRequest(TYPE_ID uid, int state, TYPE_ID worker)
-{
-    ObjectInfo request = make::request(uid, state, worker);
-    request.parameters.insert(QStringLiteral("PT_DISMISS_LINKED"), QStringLiteral("true"));
-    return request;
-}
-
-// What the removal wizard's list says of each request, in its order.
-QStringList listedNames(DeleteObjectWizard* wizard)
-{
-    QStringList names;
-    const QAbstractItemModel* model = wizard->listModel();
-    auto* delegate = qobject_cast<StyledItemDelegate*>(wizard->listView()->itemDelegate());
-    for (int row = 0; row < model->rowCount(); ++row)
-        names << delegate->name(model->index(row, 0));
-    return names;
-}
 
 // Answers the message box that the next step opens, with what it said.
 void readNextMessageBox(QStringList* said)
@@ -68,7 +46,8 @@ QImage checkbox(int status)
 
 }  // namespace
 
-// The two entries of the tab that open the wizards: adding and removing requests.
+// The two entries of the tab that open the wizards, adding and removing requests, and the worker
+// that goes with a request.
 class TestAddRemove : public QObject
 {
     Q_OBJECT
@@ -112,9 +91,7 @@ private slots:
             QList<TYPE_ID> uids = wizard->uids();
             std::sort(uids.begin(), uids.end());
             QCOMPARE(uids, listed);
-            QCOMPARE(wizard->windowTitle(), QStringLiteral("Мастер удаления заявок"));
-            QVERIFY(wizard->isModal());
-            QVERIFY(wizard->testAttribute(Qt::WA_DeleteOnClose));
+            // Its lines say which worker goes with his request.
             QVERIFY(qobject_cast<RequestItemDelegate*>(wizard->listView()->itemDelegate()));
         } else if (!states.isEmpty()) {
             QCOMPARE(said, (QStringList{"Удаление", "Нет заявок для удаления", "Нельзя удалить активные заявки"}));
@@ -123,106 +100,86 @@ private slots:
         }
     }
 
-    // Confirmed in the wizard, each request goes through the queue, and its worker is dismissed
-    // where the request asks for it.
-    void removalRunsThroughTheQueue()
-    {
-        RequestFixture fixture;
-        fixture.set(SUBJECT_DATANAME, {make::worker(11, QStringLiteral("Иванов"), QStringLiteral("Иван"))});
-        fixture.set(PASS_REQUEST_DATANAME, {linkedRequest(1, 0, 11), make::request(2, 1, 11)});
-        RequestView* view = fixture.build();
-        fixture.select({1, 2});
-        view->removeRequests();
-        auto* wizard = view->findChild<DeleteObjectWizard*>();
-        QVERIFY(wizard);
-        wizard->button(QWizard::CommitButton)->click();
-        QCOMPARE(fixture.transport().count(RemoveObject), 0);  // handed over by a queued call
-        // One at a time; the worker goes as his request is sent, before its answer.
-        for (int sent = 1; sent <= 2; ++sent) {
-            QTRY_COMPARE(fixture.transport().count(RemoveObject), sent);
-            QByteArray session;
-            ObjectInfo request;
-            readPayload(fixture.transport().sent(RemoveObject).last(), session, request);
-            if (request.uid == 1)
-                QCOMPARE(fixture.transport().count(DismissWorker), 1);
-            fixture.transport().answer(RemoveObject, Command::StatusOk);
-        }
-        QCOMPARE(fixture.transport().count(DismissWorker), 1);
-        QTRY_VERIFY(wizard->button(QWizard::FinishButton)->isEnabled());
-    }
-
-    // The keys open the wizards whatever the rights say.
+    // The keys open the wizards whatever the rights say, and the others still move in the table.
     void keysIgnoreTheRights()
     {
         RequestFixture fixture(1, {QStringLiteral("RL_PASS_REQUESTS_SHOW"), QStringLiteral("RL_PASS_REQUESTS_SHOW_ALL")});
-        fixture.set(PASS_REQUEST_DATANAME, {make::request(1, 0)});
+        fixture.set(PASS_REQUEST_DATANAME, {make::request(1, 0), make::request(2, 0)});
         RequestView* view = fixture.build();
-        QTest::keyClick(fixture.table(), Qt::Key_Delete);  // nothing selected
+        VDTableView* table = fixture.table();
+        table->setCurrentIndex(table->model()->index(0, 1));
+        QTest::keyClick(table, Qt::Key_Down);
+        QCOMPARE(table->currentIndex().row(), 1);
+        fixture.select({});
+        QTest::keyClick(table, Qt::Key_Delete);  // nothing selected
         QVERIFY(!view->findChild<DeleteObjectWizard*>());
         fixture.select({1});
-        QTest::keyClick(fixture.table(), Qt::Key_Delete);
+        QTest::keyClick(table, Qt::Key_Delete);
         QVERIFY(view->findChild<DeleteObjectWizard*>());
-        QTest::keyClick(fixture.table(), Qt::Key_Insert);
+        QTest::keyClick(table, Qt::Key_Insert);
         QVERIFY(view->findChild<NewRequestWizard*>());
     }
 
-    // The line of a request says when its removal will dismiss a worker still in service.
-    void dismissalNote_data()
+    // A rejection, like a removal, dismisses the request's worker where it asks for it, and the
+    // line of the request in the removal wizard says so by the very same rule.
+    void dismissalOfTheLinkedWorker_data()
     {
-        QTest::addColumn<QVariant>("dismiss");  // "PT_DISMISS_LINKED"; invalid when missing
-        QTest::addColumn<QVariant>("subject");  // "PT_SUBJECT_ID"; likewise
-        QTest::addColumn<QString>("expected");
-
-        const QString plain = QStringLiteral("Петров Пётр");
-        const QString noted = plain + QStringLiteral(" Будет уволен сотрудник Иванов Иван");
-        QTest::newRow("to be dismissed") << QVariant("true") << QVariant("11") << noted;
-        QTest::newRow("flag as any other text") << QVariant("True") << QVariant("11") << plain;
-        QTest::newRow("no flag") << QVariant() << QVariant("11") << plain;
-        QTest::newRow("no worker named") << QVariant("true") << QVariant() << plain;
-        QTest::newRow("already dismissed") << QVariant("true") << QVariant("12") << plain;
-        QTest::newRow("worker not in the store") << QVariant("true") << QVariant("99") << plain;
+        QTest::addColumn<QString>("flag");         // "PT_DISMISS_LINKED"; none when empty
+        QTest::addColumn<QString>("subject");      // "PT_SUBJECT_ID"; none when empty
+        QTest::addColumn<QString>("workerState");  // of worker 11, the only one in the store
+        QTest::addColumn<bool>("dismisses");
+        QTest::newRow("asked, in service") << "true" << "11" << "" << true;
+        QTest::newRow("flag as any other text") << "True" << "11" << "" << false;
+        QTest::newRow("not asked") << "" << "11" << "" << false;
+        QTest::newRow("no worker named") << "true" << "" << "" << false;
+        QTest::newRow("dismissed already") << "true" << "11" << "d" << false;
+        QTest::newRow("dismissed, other case") << "true" << "11" << "D" << true;
+        QTest::newRow("worker not in the store") << "true" << "99" << "" << false;
     }
 
-    void dismissalNote()
+    void dismissalOfTheLinkedWorker()
     {
-        QFETCH(QVariant, dismiss);
-        QFETCH(QVariant, subject);
-        QFETCH(QString, expected);
+        QFETCH(QString, flag);
+        QFETCH(QString, subject);
+        QFETCH(QString, workerState);
+        QFETCH(bool, dismisses);
+        RequestFixture fixture;
+        ObjectInfo worker = make::worker(11, QStringLiteral("Иванов"), QStringLiteral("Иван"));
+        if (!workerState.isEmpty())
+            worker.parameters.insert(QStringLiteral("PT_OBJECTSTATE"), workerState);
+        fixture.set(SUBJECT_DATANAME, {worker});
+        ObjectInfo request = make::request(1, 0);
+        request.parameters.insert(QStringLiteral("PT_SURNAME"), QStringLiteral("Петров"));
+        if (!flag.isEmpty())
+            request.parameters.insert(QStringLiteral("PT_DISMISS_LINKED"), flag);
+        if (!subject.isEmpty())
+            request.parameters.insert(QStringLiteral("PT_SUBJECT_ID"), subject);
+        fixture.set(PASS_REQUEST_DATANAME, {request});
 
-        LocalStorage::instance()->clear();
-        ObjectInfo gone = make::worker(12, QStringLiteral("Сидоров"));
-        gone.parameters.insert(QStringLiteral("PT_OBJECTSTATE"), QStringLiteral("d"));
-        LocalStorage::instance()->setObjects(SUBJECT_DATANAME,
-                                             {make::worker(11, QStringLiteral("Иванов"), QStringLiteral("Иван")), gone});
-        QVariantHash parameters{{"PT_SURNAME", "Петров"}, {"PT_NAME", "Пётр"}};
-        if (dismiss.isValid())
-            parameters.insert("PT_DISMISS_LINKED", dismiss);
-        if (subject.isValid())
-            parameters.insert("PT_SUBJECT_ID", subject);
+        QVariantHash parameters;
+        for (auto it = request.parameters.cbegin(); it != request.parameters.cend(); ++it)
+            parameters.insert(it.key(), it.value());
         QStandardItemModel model(1, 2);
         model.setData(model.index(0, 0), parameters, Qt::UserRole + 1);
         model.setData(model.index(0, 1), QStringLiteral("OT_PASS_REQUEST"));
-        const RequestItemDelegate delegate;
-        QCOMPARE(delegate.name(model.index(0, 0)), expected);
-        QCOMPARE(delegate.name(QModelIndex()), QString());
-        LocalStorage::instance()->clear();
-    }
+        const QString name = RequestItemDelegate().name(model.index(0, 0));
+        QCOMPARE(name.endsWith(QStringLiteral(" Будет уволен сотрудник Иванов Иван")), dismisses);
+        QCOMPARE(RequestItemDelegate().name(QModelIndex()), QString());
 
-    // In the removal wizard of the tab, as the operator reads it.
-    void dismissalNoteInTheWizard()
-    {
-        RequestFixture fixture;
-        fixture.set(SUBJECT_DATANAME, {make::worker(11, QStringLiteral("Иванов"), QStringLiteral("Иван"))});
-        ObjectInfo first = linkedRequest(1, 0, 11);
-        first.parameters.insert(QStringLiteral("PT_SURNAME"), QStringLiteral("Иванов"));
-        first.parameters.insert(QStringLiteral("PT_NAME"), QStringLiteral("Иван"));
-        fixture.set(PASS_REQUEST_DATANAME, {first, make::request(2, 0)});
         RequestView* view = fixture.build();
-        fixture.select({1, 2});
-        view->removeRequests();
-        const QStringList names = listedNames(view->findChild<DeleteObjectWizard*>());
-        QVERIFY2(names.contains(QStringLiteral("Иванов Иван Будет уволен сотрудник Иванов Иван")), qPrintable(names.join('|')));
-        QVERIFY2(names.contains(QStringLiteral("Заявка № П-0002")), qPrintable(names.join('|')));
+        view->rejectRequest(1);
+        const QString dismiss = QStringLiteral("data.dismissWorker");
+        QCOMPARE(fixture.transport().count(dismiss), dismisses ? 1 : 0);
+        if (dismisses) {
+            QByteArray session;
+            TYPE_ID uid = 0;
+            QDate date;
+            readPayload(fixture.transport().sent(dismiss).first(), session, uid, date);
+            QCOMPARE(uid, 11u);
+            QCOMPARE(date, QDate::currentDate());
+            fixture.transport().answer(dismiss, Command::StatusFailed);  // only logged
+            QCOMPARE(view->popups().size(), 0);
+        }
     }
 
     void checkboxIsTickedForConfirmedRequests()

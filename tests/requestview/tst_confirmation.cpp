@@ -13,12 +13,11 @@ const QString AddInherits = QStringLiteral("data.addObjectInherits");
 const QString UpdateEx = QStringLiteral("data.updateObjectEx");
 const QString Dismiss = QStringLiteral("data.dismissWorker");
 
-QList<INHERIT_DATA> sentInherits(FakeTransport& transport, int at = -1)
+QList<INHERIT_DATA> sentInherits(FakeTransport& transport)
 {
-    const QList<Command> sent = transport.sent(AddInherits);
     QByteArray session;
     QList<INHERIT_DATA> inherits;
-    readPayload(at < 0 ? sent.last() : sent.at(at), session, inherits);
+    readPayload(transport.sent(AddInherits).last(), session, inherits);
     return inherits;
 }
 
@@ -57,7 +56,6 @@ private slots:
         // Priorities 5, 1, 3 with one confirmation: the head is the approver of priority 3.
         QTest::newRow("approver of priority 3") << 30u << true;
         QTest::newRow("approver of priority 1, who confirmed") << 10u << false;
-        QTest::newRow("approver of priority 5") << 50u << false;
         QTest::newRow("not on the chain") << 99u << false;
     }
 
@@ -120,22 +118,6 @@ private slots:
                                             QStringLiteral("Ошибка подтверждения заявок")}));
     }
 
-    void confirmingTwiceSendsNothingTheSecondTime()
-    {
-        RequestFixture fixture(10);
-        ObjectInfo request = make::request(1, 0);
-        make::chain(request, {{10, 1}, {20, 2}});
-        fixture.set(PASS_REQUEST_DATANAME, {request});
-        RequestView* view = fixture.build();
-        view->confirmRequest(1);
-        QCOMPARE(fixture.transport().count(AddInherits), 1);
-        make::decided(request, 10, INHERIT_CONFIRMED_LIST_PASS_REQUEST);  // the server's answer, through the store
-        fixture.set(PASS_REQUEST_DATANAME, {request});
-        view->confirmRequest(1);
-        QCOMPARE(fixture.transport().count(AddInherits), 1);
-        QCOMPARE(popups(view).last(), QStringLiteral("Нет заявок для согласования"));
-    }
-
     void rejecting()
     {
         RequestFixture fixture(10);
@@ -187,51 +169,8 @@ private slots:
         QCOMPARE(popups(view), QStringList{QStringLiteral("Нет заявок для отклонения")});
     }
 
-    void dismissalOfTheLinkedWorker_data()
-    {
-        QTest::addColumn<QString>("flag");
-        QTest::addColumn<QString>("workerState");
-        QTest::addColumn<bool>("knownWorker");
-        QTest::addColumn<bool>("dismisses");
-        QTest::newRow("asked, in service") << "true" << "" << true << true;
-        QTest::newRow("other case") << "True" << "" << true << false;
-        QTest::newRow("not asked") << "" << "" << true << false;
-        QTest::newRow("dismissed already") << "true" << "d" << true << false;
-        QTest::newRow("dismissed, other case") << "true" << "D" << true << true;
-        QTest::newRow("worker unknown") << "true" << "" << false << false;
-    }
-
-    void dismissalOfTheLinkedWorker()
-    {
-        QFETCH(QString, flag);
-        QFETCH(QString, workerState);
-        QFETCH(bool, knownWorker);
-        QFETCH(bool, dismisses);
-        RequestFixture fixture;
-        ObjectInfo worker = make::worker(11, QStringLiteral("Иванов"));
-        if (!workerState.isEmpty())
-            worker.parameters.insert(QStringLiteral("PT_OBJECTSTATE"), workerState);
-        fixture.set(SUBJECT_DATANAME, knownWorker ? QList<ObjectInfo>{worker} : QList<ObjectInfo>{});
-        ObjectInfo request = make::request(1, 0, 11);
-        if (!flag.isEmpty())
-            request.parameters.insert(QStringLiteral("PT_DISMISS_LINKED"), flag);
-        fixture.set(PASS_REQUEST_DATANAME, {request});
-        RequestView* view = fixture.build();
-        view->rejectRequest(1);
-        QCOMPARE(fixture.transport().count(Dismiss), dismisses ? 1 : 0);
-        if (dismisses) {
-            QByteArray session;
-            TYPE_ID uid = 0;
-            QDate date;
-            readPayload(fixture.transport().sent(Dismiss).first(), session, uid, date);
-            QCOMPARE(uid, 11u);
-            QCOMPARE(date, QDate::currentDate());
-            fixture.transport().answer(Dismiss, Command::StatusFailed);  // only logged
-            QCOMPARE(view->popups().size(), 0);
-        }
-    }
-
-    void cardsAndMail()
+    // A card made for a worker is added to his cards, and replaces none of them.
+    void aGeneratedCardIsAdded()
     {
         RequestFixture fixture;
         RequestView* view = fixture.build();
@@ -250,16 +189,6 @@ private slots:
         QCOMPARE(toAdd, QList<ObjectInfo>{card});
         QVERIFY(toRemove.isEmpty());
         QVERIFY(!flag);
-
-        const EMAIL_MESSAGE mail{QStringLiteral("guard@example.org"), QStringLiteral("Пропуск"), QStringLiteral("текст"), {}};
-        view->sendEmail(mail);
-        EMAIL_MESSAGE sent;
-        QString user;
-        readPayload(fixture.transport().sent(QStringLiteral("send_email")).first(), sent, user);
-        QCOMPARE(sent, mail);
-        QCOMPARE(user, QStringLiteral("tester"));
-        fixture.transport().answer(QStringLiteral("send_email"), Command::StatusOk);  // no dialog: nothing shown
-        QVERIFY(view->popups().isEmpty());
     }
 };
 

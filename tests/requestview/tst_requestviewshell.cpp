@@ -2,20 +2,17 @@
 
 #include "constants.h"
 #include "dbquery.h"
-#include "localstorage.h"
 #include "requestview.h"
 #include "settings.h"
 #include "vdserverinterface.h"
-#include "vdtableview.h"
 
-#include <QHeaderView>
 #include <QSignalSpy>
 #include <QElapsedTimer>
 #include <QtTest>
 
 using namespace vorandel;
 
-// The tab as the console meets it: identity, command types, pushed commands, rights, keys.
+// The tab as the console meets it: identity, command types, pushed commands, rights.
 class TestRequestViewShell : public QObject
 {
     Q_OBJECT
@@ -60,7 +57,8 @@ private slots:
         RequestView view;
         const qint64 before = QDateTime::currentSecsSinceEpoch();
         const COMMAND_LIST types = view.init(VDServerInterface::instance(), QStringLiteral("requestview"));
-        QCOMPARE(types.size(), 3);
+        // Two consoles on one server must never share an identity: the host's own address and
+        // the start time tell them apart.
         const QString id = clientIdOf(types);
         const QStringList words = id.split(QLatin1Char(' '));
         QCOMPARE(words.size(), 4);
@@ -69,9 +67,9 @@ private slots:
         QVERIFY(!words.at(2).isEmpty());
         QVERIFY(words.at(2) != QLatin1String("127.0.0.1") && words.at(2) != QLatin1String("::1"));
         QVERIFY(words.at(3).toLongLong() >= before);
-        QCOMPARE(types.at(0), CommandType(8, QStringLiteral("command_result:") + id));
-        QCOMPARE(types.at(1), CommandType(8, QStringLiteral("fingerprint.finished:") + id));
-        QCOMPARE(types.at(2), CommandType(1, QStringLiteral("db.async_result:") + id));
+        QCOMPARE(types, (COMMAND_LIST{CommandType(8, QStringLiteral("command_result:") + id),
+                                      CommandType(8, QStringLiteral("fingerprint.finished:") + id),
+                                      CommandType(1, QStringLiteral("db.async_result:") + id)}));
         for (const CommandType& type : types)
             QVERIFY(view.handlesCommand(type.name));
     }
@@ -80,7 +78,6 @@ private slots:
     {
         QTest::addColumn<QStringList>("roles");
         QTest::addColumn<bool>("shown");
-        QTest::newRow("no roles") << QStringList() << false;
         QTest::newRow("others only") << QStringList{QStringLiteral("RL_PASS_REQUESTS_SHOW_ALL")} << false;
         QTest::newRow("other case") << QStringList{QStringLiteral("rl_pass_requests_show")} << false;
         QTest::newRow("show") << QStringList{QStringLiteral("RL_PASS_REQUESTS_SHOW")} << true;
@@ -151,23 +148,16 @@ private slots:
         const QString name = QStringLiteral("db.async_result:") + id;
         QSignalSpy fingers(view, &RequestView::fingersReceived);
 
-        Command command = pushed(name, [](VDDataStream& out) { out << QStringLiteral("other_query") << 1 << QString(); });
-        VDServerInterface::instance()->deliver(command);
-        QCOMPARE(command.status, 1);
-        QCOMPARE(fingers.count(), 0);
-
-        command = pushed(name, [](VDDataStream& out) { out << QStringLiteral("get_fingers_1") << 2 << QStringLiteral("no table"); });
-        VDServerInterface::instance()->deliver(command);
-        QCOMPARE(fingers.count(), 0);
-
         DbResult rows;
         rows.rowCount = 2;
         rows.columnCount = 3;
         rows.cells = {QVariant(10u), QVariant(4), QVariant(900u), QVariant(11u), QVariant(2)};  // the last cell is missing
-        command = pushed(name, [&](VDDataStream& out) {
+        // Answers that don't hold what they claim: first a row cut short.
+        Command command = pushed(name, [&](VDDataStream& out) {
             out << QStringLiteral("get_fingers_101010") << 1 << QString() << QList<DbResult>{rows};
         });
         VDServerInterface::instance()->deliver(command);
+        QCOMPARE(command.status, 1);
         QCOMPARE(fingers.count(), 1);
         const auto hash = fingers.first().first().value<QHash<TYPE_ID, requestview::UserFingers>>();
         QCOMPARE(hash.size(), 2);
@@ -202,60 +192,6 @@ private slots:
         const Fingers one = fingers.last().first().value<Fingers>();
         QCOMPARE(one.size(), 1);
         QCOMPARE(one.value(10).count, 4);
-    }
-
-    void headerStateRoundTrip()
-    {
-        RequestFixture fixture;
-        fixture.set(PASS_REQUEST_DATANAME, {make::request(1, 0)});
-        RequestView* view = fixture.build();
-        VDTableView* table = fixture.table();
-        QHeaderView* header = table->horizontalHeader();
-        QVERIFY(header->isSectionHidden(0));
-        QVERIFY(!header->isSectionHidden(5));
-        QCOMPARE(header->sortIndicatorSection(), 8);
-        QCOMPARE(header->sortIndicatorOrder(), Qt::DescendingOrder);
-
-        header->setSectionHidden(5, true);
-        header->resizeSection(8, 240);
-        view->saveHeaderState(header->saveState());
-        QCOMPARE(Settings::instance()->value(QStringLiteral("requestview/header_state")).toByteArray(), header->saveState());
-
-        header->setSectionHidden(5, false);
-        header->resizeSection(8, 90);
-        view->restoreHeaderState();
-        QVERIFY(header->isSectionHidden(5));
-        QCOMPARE(header->sectionSize(8), 240);
-    }
-
-    void keysGoOnToTheTable()
-    {
-        RequestFixture fixture;
-        fixture.set(PASS_REQUEST_DATANAME, {make::request(1, 0), make::request(2, 0)});
-        fixture.build();
-        VDTableView* table = fixture.table();
-        table->setCurrentIndex(table->model()->index(0, 1));
-        QTest::keyClick(table, Qt::Key_Down);
-        QCOMPARE(table->currentIndex().row(), 1);
-        for (const Qt::Key key : {Qt::Key_Delete, Qt::Key_Insert, Qt::Key_Return})
-            QTest::keyClick(table, key);  // the tab looks at them and lets them through
-        QCOMPARE(table->currentIndex().row(), 1);
-    }
-
-    void systemLogEntry()
-    {
-        RequestFixture fixture(42);
-        RequestView* view = fixture.build();
-        view->onSyslogActivated({7u, QStringLiteral("открыт пропуск")});
-        const QList<Command> sent = fixture.transport().sent(QStringLiteral("data.syslog"));
-        QCOMPARE(sent.size(), 1);
-        QByteArray session;
-        SYSLOG_DATA entry;
-        readPayload(sent.first(), session, entry);
-        QCOMPARE(entry.code, 7u);
-        QCOMPARE(entry.user, QStringLiteral("42"));
-        QCOMPARE(entry.text, QStringLiteral("открыт пропуск"));
-        QVERIFY(entry.time.isValid());
     }
 };
 

@@ -3,15 +3,12 @@
 #include "dbquery.h"
 #include "faketransport.h"
 #include "localstorage.h"
-#include "passwordhash.h"
-#include "seeddata.h"
 #include "serverfixture.h"
 #include "server.h"
 #include "servicerecords.h"
 #include "vddatastream.h"
 #include "vdguiglobals.h"
 
-#include <QElapsedTimer>
 #include <QSignalSpy>
 #include <QtTest>
 
@@ -113,8 +110,6 @@ private slots:
         const ObjectInfo rocket = record(0, QStringLiteral("OT_ROCKET"));
         QTest::newRow("unknown data operation") << "data.teleport" << true << QByteArray()
                                                 << "Неизвестная команда: data.teleport";
-        QTest::newRow("unknown command") << "rocket.launch" << false << p(QStringLiteral("now"))
-                                         << "Неизвестная команда: rocket.launch";
         QTest::newRow("stale session") << "data.addObject" << false << p(QByteArray("stale"), rocket)
                                        << "Сеанс не найден";
         // The stream's containers reserve what the count claims before they read an element.
@@ -192,77 +187,12 @@ private slots:
                  QList<INHERIT_DATA>{INHERIT_DATA(worker, group, 7)});
     }
 
-    // A worker taken on in a department gets its access groups, each of which can be taken away
-    // again; a department without groups gives none.
-    void aNewWorkerTakesTheAccessOfHisDepartment()
-    {
-        ServerFixture f;
-        QList<ObjectInfo> withGroups;
-        ObjectInfo withoutGroups;
-        for (const ObjectInfo& unit : f.objects(ORGSTRUCTURE_DATANAME)) {
-            if (unit.type != db::orgstructure::DEPARTMENT)
-                continue;
-            if (unit.inherits.contains(7))
-                withGroups << unit;
-            else
-                withoutGroups = unit;
-        }
-        QVERIFY2(!withGroups.isEmpty() && withoutGroups.uid != 0, "the demo set has departments with and without groups");
-        const QString defaultDepartment = f.server.dbSettings().value(db::database::DEFAULT_DEPARTMENT);
-        QVERIFY(f.object(ORGSTRUCTURE_DATANAME, defaultDepartment.toUInt()).inherits.contains(7));
-
-        const ObjectInfo& department = withGroups.first();
-        ObjectInfo worker = record(0, db::orgstructure::WORKER, {{"PT_SURNAME", "Новиков"}});
-        worker.parent = department.uid;
-        const TYPE_ID uid = ServerFixture::first<int>(f.data(QStringLiteral("addObject"), worker));
-        QList<TYPE_ID> given;
-        for (const INHERIT_DATA& link : f.object(SUBJECT_DATANAME, uid).inherits.values(7)) {
-            QCOMPARE(link.first, uid);
-            given << link.second;
-        }
-        QList<TYPE_ID> groups;
-        for (const INHERIT_DATA& link : department.inherits.values(7))
-            groups << link.second;
-        std::sort(given.begin(), given.end());
-        std::sort(groups.begin(), groups.end());
-        QCOMPARE(given, groups);
-
-        const ACCESS_CHANGES removal{uid, groups.first(), false, false, 7};
-        QCOMPARE(f.data(QStringLiteral("changeUserAccess"), QList<ACCESS_CHANGES>{removal}).status, int(Command::StatusOk));
-        QCOMPARE(f.object(SUBJECT_DATANAME, uid).inherits.count(7), groups.size() - 1);
-        QVERIFY(!f.object(ORGSTRUCTURE_DATANAME, department.uid).inherits.values(7).isEmpty());
-
-        worker.parent = withoutGroups.uid;
-        const TYPE_ID plain = ServerFixture::first<int>(f.data(QStringLiteral("addObject"), worker));
-        QVERIFY(f.object(SUBJECT_DATANAME, plain).inherits.isEmpty());
-    }
-
-    // A removed request leaves the store, and whoever keeps a copy hears of it.
-    void removingARequestIsAnnounced()
-    {
-        ServerFixture f;
-        const TYPE_ID request = raise(f, Visitor);
-        QSignalSpy removed(&f.server, &Server::objectsRemoved);
-        const Command answer = f.data(QStringLiteral("removeObject"), record(request, db::misc::PASS_REQUEST));
-        QCOMPARE(answer.status, int(Command::StatusOk));
-        QVERIFY(!f.server.objects(PASS_REQUEST_DATANAME)->contains(request));
-        QTRY_COMPARE(removed.count(), 1);
-        QCOMPARE(removed.first().at(0).toString(), PASS_REQUEST_DATANAME);
-        QCOMPARE(removed.first().at(1).value<QList<TYPE_ID>>(), QList<TYPE_ID>{request});
-        // Twice is once too many.
-        const Command again = f.data(QStringLiteral("removeObject"), record(request, db::misc::PASS_REQUEST));
-        QCOMPARE(again.status, int(Command::StatusFailed));
-    }
-
     void decisions_data()
     {
         // Who, in whose name, the type of link, and how it goes; or who writes which state.
         QTest::addColumn<QStringList>("steps");
         QTest::addColumn<QString>("state");
 
-        QTest::newRow("both in turn") << QStringList{"petrov petrov 24 ok", "sidorova sidorova 24 ok"} << "2";
-        QTest::newRow("second before first") << QStringList{"sidorova sidorova 24 refused", "petrov petrov 24 ok"}
-                                             << "0";
         QTest::newRow("not on the list") << QStringList{"kozlov kozlov 24 refused"} << "0";
         QTest::newRow("for somebody else") << QStringList{"petrov sidorova 24 refused", "sidorova petrov 24 refused"}
                                            << "0";
@@ -440,43 +370,6 @@ private slots:
                  (QHash<QString, QByteArray>{{Photo, QByteArray()}}));
     }
 
-    // The demo hashes are kept in the source: each must open with its own demo password only.
-    void everyDemoUserHasHisPassword()
-    {
-        const QHash<QString, QByteArray>& hashes = vdserver::SeedData::demoPasswordHashes();
-        for (const vdserver::SeedData::DemoUser& user : vdserver::SeedData::demoUsers()) {
-            const QByteArray hash = hashes.value(user.login);
-            QVERIFY2(vdserver::PasswordHash::verify(hash, vdserver::SeedData::demoPassword(user.login)),
-                     qPrintable(user.login));
-            QVERIFY(!vdserver::PasswordHash::verify(hash, vdserver::SeedData::demoPassword(user.login + 'x')));
-        }
-    }
-
-    void seedIsRepeatable()
-    {
-        ServerFixture first;
-        ServerFixture second;
-        QVERIFY(first.snapshot() == second.snapshot());
-        second.server.seed({48, 8});
-        QVERIFY(*first.server.objects(PASS_REQUEST_DATANAME) != *second.server.objects(PASS_REQUEST_DATANAME));
-    }
-
-    void seedScales()
-    {
-        if (TestStore::onPostgres())
-            QSKIP("The sizes of the set are the seed's, whatever keeps it: the store in memory tells them.");
-        Server big;
-        big.seed({100000, 1});
-        QCOMPARE(big.objects(PASS_REQUEST_DATANAME)->size(), 100000);
-        QCOMPARE(big.objects(SUBJECT_DATANAME)->size(), 50000);
-        QCOMPARE(big.objects(USER_DATANAME)->size(), 200);
-        QCOMPARE(big.objects(POLICY_DATANAME)->size(), 100);
-        // Previews are drawn for small sets only.
-        const OBJECT_HASH& workers = *big.objects(SUBJECT_DATANAME);
-        QVERIFY(std::none_of(workers.cbegin(), workers.cend(), [](const ObjectInfo& worker) {
-            return worker.parameters.contains(QStringLiteral("PT_PHOTO_PREVIEW"));
-        }));
-    }
 };
 
 VD_STORE_TEST_MAIN(TestServer)
